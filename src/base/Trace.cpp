@@ -1,0 +1,7 @@
+#include "base/Trace.h"
+
+namespace quillorbit {
+
+void Trace(std::string_view /*sText*/) {}
+
+}  // namespace quillorbit

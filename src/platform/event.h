@@ -1,0 +1,13 @@
+#pragma once
+
+#include <functional>
+
+namespace quillorbit::platform {
+
+/// A fact that the platform reports. The receiver of the event assigns one handler; the adapter
+/// calls it, on the user-interface thread, and calls nothing while no handler is assigned.
+/// Handlers do not throw.
+template <class... Args>
+using Event = std::function<void(Args...)>;
+
+}  // namespace quillorbit::platform

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/controls.h"
+#include "platform/event.h"
+
+namespace quillorbit::platform {
+
+/// A top-level window's handle; 0 is none.
+using WindowHandle = std::uint32_t;
+
+enum class WindowState { Normal = 0, Minimized = 1, Maximized = 2 };
+
+/// Why a form is about to be unloaded.
+enum class UnloadReason {
+  ControlMenu = 0,  ///< the window's own close command: close button, window menu, keystroke
+  FormCode = 1,     ///< Unload was called
+  AppWindows = 2,   ///< the session ends, or the system asks the program to end
+};
+
+struct FormDesign {
+  std::string_view sName;
+  std::string_view sCaption;
+  float fScaleWidth, fScaleHeight;  ///< client area in twips
+  Font font;
+};
+
+/// A top-level window. It is created hidden.
+///
+/// Unloading: for each reason the form raises QueryUnload; unless a handler cancels, it raises
+/// Unload, then hides for good and raises no event ever after. The object stays valid until its
+/// owner destroys it.
+class Form : public Container {
+ public:
+  [[nodiscard]] virtual WindowHandle hWnd() const = 0;
+
+  [[nodiscard]] virtual std::string Caption() const = 0;
+  virtual void Caption(std::string_view sCaption) = 0;
+  [[nodiscard]] virtual bool Visible() const = 0;
+  virtual void Show() = 0;  ///< not modal
+  virtual void Hide() = 0;
+  [[nodiscard]] virtual platform::WindowState WindowState() const = 0;
+  virtual void WindowState(platform::WindowState eState) = 0;
+
+  virtual void Width(float fWidth) = 0;    ///< outer width in twips, frame included
+  virtual void Height(float fHeight) = 0;  ///< outer height in twips, frame included
+  [[nodiscard]] virtual float ScaleWidth() const = 0;   ///< client width in twips
+  [[nodiscard]] virtual float ScaleHeight() const = 0;  ///< client height in twips
+
+  virtual void Unload() = 0;
+
+  Event<bool&, UnloadReason> QueryUnload;  ///< true cancels
+  Event<> Unloaded;
+  Event<> Resize;  ///< resized, minimised or restored; docked children stand already
+  Event<> Paint;
+};
+
+}  // namespace quillorbit::platform
