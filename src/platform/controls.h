@@ -49,6 +49,7 @@ enum class LabelKind {
   Lamp,  ///< a framed box of fixed size with its caption centred on a background colour
 };
 
+/// A label is drawn on its container: picture boxes cover it.
 class Label : public Control {
  public:
   [[nodiscard]] virtual std::string Caption() const = 0;
@@ -99,7 +100,8 @@ class Container {
  public:
   virtual ~Container() = default;
 
-  [[nodiscard]] virtual std::unique_ptr<Label> NewLabel(const ControlDesign& design, LabelKind eKind,
+  [[nodiscard]] virtual std::unique_ptr<Label> NewLabel(const ControlDesign& design,
+                                                        LabelKind eKind,
                                                         std::string_view sCaption) = 0;
   [[nodiscard]] virtual std::unique_ptr<TextBox> NewTextBox(const ControlDesign& design,
                                                             std::string_view sText) = 0;

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
 #include "platform/controls.h"
 #include "platform/event.h"
+#include "platform/timer.h"
 
 namespace quillorbit::platform {
 
@@ -31,8 +33,8 @@ struct FormDesign {
 /// A top-level window. It is created hidden.
 ///
 /// Unloading: for each reason the form raises QueryUnload; unless a handler cancels, it raises
-/// Unload, then hides for good and raises no event ever after. The object stays valid until its
-/// owner destroys it.
+/// Unloaded, then hides for good; neither it nor its controls and timers raise an event ever after.
+/// The object stays valid until its owner destroys it.
 class Form : public Container {
  public:
   [[nodiscard]] virtual WindowHandle hWnd() const = 0;
@@ -45,12 +47,14 @@ class Form : public Container {
   [[nodiscard]] virtual platform::WindowState WindowState() const = 0;
   virtual void WindowState(platform::WindowState eState) = 0;
 
-  virtual void Width(float fWidth) = 0;    ///< outer width in twips, frame included
-  virtual void Height(float fHeight) = 0;  ///< outer height in twips, frame included
+  virtual void Width(float fWidth) = 0;                 ///< outer width in twips, frame included
+  virtual void Height(float fHeight) = 0;               ///< outer height in twips, frame included
   [[nodiscard]] virtual float ScaleWidth() const = 0;   ///< client width in twips
   [[nodiscard]] virtual float ScaleHeight() const = 0;  ///< client height in twips
 
-  virtual void Unload() = 0;
+  [[nodiscard]] virtual std::unique_ptr<Timer> NewTimer(int iInterval, bool bEnabled) = 0;
+
+  virtual void Unload() = 0;  ///< does nothing to a form that is unloaded already
 
   Event<bool&, UnloadReason> QueryUnload;  ///< true cancels
   Event<> Unloaded;

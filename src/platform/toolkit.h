@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "platform/form.h"
-#include "platform/timer.h"
 
 namespace quillorbit::platform {
 
@@ -13,13 +12,12 @@ namespace quillorbit::platform {
 enum MsgBoxFlags : std::uint32_t { MB_YESNO = 4, MB_ICONQUESTION = 32, MB_ICONINFORMATION = 64 };
 enum MsgBoxAnswer { IDOK = 1, IDYES = 6, IDNO = 7 };
 
-/// The window toolkit: forms, timers, message boxes and the message loop.
+/// The window toolkit: forms, message boxes and the message loop.
 class Toolkit {
  public:
   virtual ~Toolkit() = default;
 
   [[nodiscard]] virtual std::unique_ptr<Form> NewForm(const FormDesign& design) = 0;
-  [[nodiscard]] virtual std::unique_ptr<Timer> NewTimer(int iInterval, bool bEnabled) = 0;
 
   /// Shows a message box and returns when the user has answered it. Other events are delivered
   /// meanwhile. A box without answer (closed, or the program ends) answers IDOK, or IDNO where

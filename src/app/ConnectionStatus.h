@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "intake/ReceiverState.h"
+#include "tray/frmSysTray.h"
+#include "ui/Controls.h"
+#include "view/AttitudeView.h"
+
+namespace quillorbit {
+
+/// Tells the user, and the joystick, whether a mobile device is transmitting: signal or no signal,
+/// kept in `m_disconnected`. The watchdog declares the signal lost when no accepted datagram has
+/// come for one second; the next one declares it back.
+class ConnectionStatus {
+ public:
+  /// The tray component may be absent.
+  ConnectionStatus(ReceiverState& state, Controls& controls, AttitudeView& view,
+                   const std::unique_ptr<frmSysTray>& systray)
+      : m_state(state), m_controls(controls), m_view(view), m_systray(systray) {}
+
+  /// Changes to no signal (true) or signal (false), whatever the state is: icon, caption, tooltip
+  /// and balloon, and for no signal a centred joystick without a pressed button. A part of it that
+  /// fails does not keep the others from happening.
+  void Disconnected(bool bDisconnected);
+
+  /// Shows an icon resource in the tray and on the main window.
+  void SetTrayIcon(std::string_view sIconName);
+
+  void tmrCheck_Timer();   ///< one second without an accepted datagram
+  void tmrCheck2_Timer();  ///< every second: counts the datagrams per second
+
+ private:
+  void SignalLost();
+  void SignalBack();
+
+  ReceiverState& m_state;
+  Controls& m_controls;
+  AttitudeView& m_view;
+  const std::unique_ptr<frmSysTray>& m_systray;
+};
+
+}  // namespace quillorbit

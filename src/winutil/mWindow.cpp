@@ -1,0 +1,7 @@
+#include "winutil/mWindow.h"
+
+namespace quillorbit {
+
+void EnumerateWindows(IEnumWindowsSink& /*sink*/) {}
+
+}  // namespace quillorbit

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "fakes/device.h"
+#include "fakes/process.h"
+#include "fakes/resources.h"
+#include "fakes/toolkit.h"
+#include "fakes/udp_socket.h"
+#include "fakes/xml_document.h"
+#include "intake/MotionData.h"
+#include "platform/platform.h"
+
+namespace quillorbit::fakes {
+
+/// The third adapter: a platform that records what the program asks of it, and on which a test
+/// raises the events.
+struct FakePlatform {
+  FakePlatform() { xml.store.texts["the stylesheet"] = std::make_shared<XmlTree>(); }
+
+  CallLog log;
+  FakeToolkit toolkit{log};
+  FakeUdpSockets udpSockets{log};
+  FakeDevice device{log};
+  FakeXmlLibrary xml{log};
+  FakeProcess process{log};
+  FakeResources resources;
+  platform::Platform services{toolkit, udpSockets, device, xml, process, resources};
+
+  FakeForm& Window() { return *toolkit.pForm; }
+  FakeTimer& tmrCheck() { return *Window().timers.at(0); }
+  FakeTimer& tmrCheck2() { return *Window().timers.at(1); }
+  FakeUdpSocket& Socket() { return *udpSockets.pSocket; }
+
+  /// A control by its name; throws when there is none of that name and kind.
+  template <class Fake>
+  Fake& Get(const std::string& sName) {
+    return dynamic_cast<Fake&>(*toolkit.registry.at(sName));
+  }
+  std::string Caption(const std::string& sLabel) { return Get<FakeLabel>(sLabel).sCaption; }
+
+  void Arrive(const MotionData& motion) { Socket().Arrive(motion.ToBytes()); }
+
+  /// Puts a profile of these elements where the program looks for it.
+  void StoreProfile(const std::vector<std::pair<std::string, std::string>>& elements,
+                    const std::string& sRoot = "quillorbit_profile") {
+    auto root = std::make_shared<XmlTree>(XmlTree{sRoot, {}, {}});
+    for (const auto& [sName, sText] : elements)
+      root->children.push_back(std::make_shared<XmlTree>(XmlTree{sName, sText, {}}));
+    xml.store.files[sProfile] = std::make_shared<XmlTree>(XmlTree{{}, {}, {root}});
+  }
+  /// The elements of the profile as it was last written.
+  std::string StoredElement(const std::string& sName) {
+    for (const auto& element : xml.store.files.at(sProfile)->children.at(0)->children)
+      if (element->sName == sName) return element->sText;
+    return "(missing)";
+  }
+
+  static constexpr const char* sProfile = "C:\\Games\\Quillorbit.setup";
+};
+
+}  // namespace quillorbit::fakes
