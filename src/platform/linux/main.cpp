@@ -1,1 +1,32 @@
-int main() { return 0; }
+// The program on Linux: the one place that chooses this adapter.
+
+#include <cstdio>
+#include <exception>
+
+#include "app/frmMain.h"
+#include "platform/linux/device.h"
+#include "platform/linux/process.h"
+#include "platform/linux/resources.h"
+#include "platform/linux/toolkit.h"
+#include "platform/linux/udp_socket.h"
+#include "platform/linux/xml_document.h"
+
+int main(int argc, char** argv) {
+  using namespace quillorbit;
+  try {
+    linux_adapter::LinuxProcess process(argc, argv);  // before the toolkit takes its arguments out
+    linux_adapter::LinuxToolkit toolkit(argc, argv);
+    linux_adapter::LinuxUdpSockets udpSockets;
+    linux_adapter::LinuxDevice device;
+    linux_adapter::LinuxXmlLibrary xml;
+    linux_adapter::LinuxResources resources;
+    platform::Platform platform{toolkit, udpSockets, device, xml, process, resources};
+
+    frmMain main(platform);
+    main.Form_Load();
+    return toolkit.Run();
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "quillorbit: %s\n", failure.what());
+    return 1;
+  }
+}

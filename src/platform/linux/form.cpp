@@ -1,0 +1,179 @@
+#include "platform/linux/form.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include <QCloseEvent>
+#include <QWindow>
+
+#include "platform/linux/timer.h"
+
+namespace quillorbit::linux_adapter {
+namespace {
+
+/// The widgets that take the focus by Tab, in the order of their controls' tab indexes.
+std::vector<QWidget*> TabStops(const QWidget& window) {
+  std::vector<QWidget*> stops;
+  for (QWidget* pChild : window.findChildren<QWidget*>()) {
+    if (pChild->property(sTabIndexProperty).isValid() && (pChild->focusPolicy() & Qt::TabFocus))
+      stops.push_back(pChild);
+  }
+  std::sort(stops.begin(), stops.end(), [](const QWidget* a, const QWidget* b) {
+    return a->property(sTabIndexProperty).toInt() < b->property(sTabIndexProperty).toInt();
+  });
+  return stops;
+}
+
+}  // namespace
+
+/// The widget, which raises the form's events.
+class LinuxForm::Window final : public QWidget {
+ public:
+  explicit Window(LinuxForm& owner) : m_owner(owner) {}
+
+  /// The window manager's frame is known only once the window stands on the screen; until then the
+  /// outer size is the client area's.
+  void SetOuterWidth(int nWidth) { SetOuterSize({nWidth, OuterSize().height()}); }
+  void SetOuterHeight(int nHeight) { SetOuterSize({OuterSize().width(), nHeight}); }
+
+ private:
+  [[nodiscard]] QSize OuterSize() const {
+    return m_outerSize.value_or(size().grownBy(FrameMargins()));
+  }
+
+  void SetOuterSize(QSize outer) {
+    m_outerSize = outer;
+    resize(outer.shrunkBy(FrameMargins()));
+  }
+
+  [[nodiscard]] QMargins FrameMargins() const {
+    return windowHandle() == nullptr ? QMargins() : windowHandle()->frameMargins();
+  }
+
+  /// Takes the frame off the size, once there is one.
+  void FitFrame() {
+    if (!m_outerSize || !isVisible() || FrameMargins().isNull()) return;
+    const QSize client = std::exchange(m_outerSize, std::nullopt)->shrunkBy(FrameMargins());
+    if (!isMaximized() && !isFullScreen()) resize(client);
+  }
+
+  bool event(QEvent* pEvent) override {
+    const bool bHandled = QWidget::event(pEvent);
+    switch (pEvent->type()) {
+      case QEvent::Move:
+      case QEvent::Resize:
+      case QEvent::WindowActivate:
+        FitFrame();
+        break;
+      default:
+        break;
+    }
+    return bHandled;
+  }
+
+  void resizeEvent(QResizeEvent*) override { RaiseResize(); }
+
+  void changeEvent(QEvent* pEvent) override {
+    QWidget::changeEvent(pEvent);
+    if (pEvent->type() == QEvent::WindowStateChange) RaiseResize();
+  }
+
+  void paintEvent(QPaintEvent*) override {
+    if (!m_owner.m_bUnloaded && m_owner.Paint) m_owner.Paint();
+  }
+
+  /// The window manager's close command comes from outside; a close from inside is the session's.
+  void closeEvent(QCloseEvent* pEvent) override {
+    m_owner.RequestUnload(pEvent->spontaneous() ? platform::UnloadReason::ControlMenu
+                                                : platform::UnloadReason::AppWindows);
+    pEvent->setAccepted(m_owner.m_bUnloaded);
+  }
+
+  void RaiseResize() {
+    if (m_owner.m_bUnloaded) return;
+    DockChildren(*this);
+    if (m_owner.Resize) m_owner.Resize();
+  }
+
+  LinuxForm& m_owner;
+  std::optional<QSize> m_outerSize;  ///< wanted, until the frame has been taken off
+};
+
+LinuxForm::LinuxForm(const platform::FormDesign& design, std::function<void(LinuxForm&)> onUnloaded)
+    : m_window(std::make_unique<Window>(*this)), m_onUnloaded(std::move(onUnloaded)) {
+  m_window->setObjectName(ToQString(design.sName));
+  m_window->setWindowTitle(ToQString(design.sCaption));
+  m_window->setFont(ToQFont(design.font));
+  m_window->resize(ToPixels(design.fScaleWidth), ToPixels(design.fScaleHeight));
+}
+
+LinuxForm::~LinuxForm() { m_bUnloaded = true; }
+
+platform::WindowHandle LinuxForm::hWnd() const {
+  return static_cast<platform::WindowHandle>(m_window->winId());
+}
+
+std::string LinuxForm::Caption() const { return m_window->windowTitle().toStdString(); }
+
+void LinuxForm::Caption(std::string_view sCaption) {
+  m_window->setWindowTitle(ToQString(sCaption));
+}
+
+bool LinuxForm::Visible() const { return m_window->isVisible(); }
+
+void LinuxForm::Show() {
+  if (m_bUnloaded) return;
+  const std::vector<QWidget*> stops = TabStops(*m_window);
+  for (std::size_t i = 1; i < stops.size(); ++i) QWidget::setTabOrder(stops[i - 1], stops[i]);
+  if (m_window->focusWidget() == nullptr && !stops.empty()) stops.front()->setFocus();
+  m_window->show();
+}
+
+void LinuxForm::Hide() { m_window->hide(); }
+
+platform::WindowState LinuxForm::WindowState() const {
+  if (m_window->isMinimized()) return platform::WindowState::Minimized;
+  return m_window->isMaximized() ? platform::WindowState::Maximized : platform::WindowState::Normal;
+}
+
+void LinuxForm::WindowState(platform::WindowState eState) {
+  switch (eState) {
+    case platform::WindowState::Normal:
+      return m_window->setWindowState(Qt::WindowNoState);
+    case platform::WindowState::Minimized:
+      return m_window->setWindowState(Qt::WindowMinimized);
+    case platform::WindowState::Maximized:
+      return m_window->setWindowState(Qt::WindowMaximized);
+  }
+}
+
+void LinuxForm::Width(float fWidth) { m_window->SetOuterWidth(ToPixels(fWidth)); }
+
+void LinuxForm::Height(float fHeight) { m_window->SetOuterHeight(ToPixels(fHeight)); }
+
+float LinuxForm::ScaleWidth() const { return ToTwips(m_window->width()); }
+
+float LinuxForm::ScaleHeight() const { return ToTwips(m_window->height()); }
+
+std::unique_ptr<platform::Timer> LinuxForm::NewTimer(int iInterval, bool bEnabled) {
+  return std::make_unique<LinuxTimer>(m_bUnloaded, iInterval, bEnabled);
+}
+
+void LinuxForm::RequestUnload(platform::UnloadReason eReason) {
+  if (m_bUnloaded) return;
+  bool bCancel = false;
+  if (QueryUnload) QueryUnload(bCancel, eReason);
+  // The question may have waited for an answer, and the form been unloaded meanwhile.
+  if (bCancel || m_bUnloaded) return;
+  m_bUnloaded = true;
+  if (Unloaded) Unloaded();
+  m_window->setEnabled(false);  // its controls raise nothing more
+  m_window->hide();
+  m_onUnloaded(*this);
+}
+
+QWidget* LinuxForm::ContainerWidget() { return m_window.get(); }
+
+}  // namespace quillorbit::linux_adapter

@@ -1,0 +1,119 @@
+#include "platform/linux/toolkit.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include <sys/signalfd.h>
+
+#include <QMessageBox>
+#include <QPushButton>
+#include <xcb/xcb.h>
+
+#include "platform/linux/form.h"
+#include "platform/linux/units.h"
+
+namespace quillorbit::linux_adapter {
+namespace {
+
+/// Settles what the toolkit reads from the environment before it exists, and returns argc for it.
+int& Prepare(int& argc) {
+  // Windows of other programs, and this program's own for them, are X11's, also under Wayland.
+  setenv("QT_QPA_PLATFORM", "xcb", 0);
+  // Qt's own event loop answers a socket sooner than the one on glib.
+  setenv("QT_NO_GLIB", "1", 0);
+  if (std::string(getenv("QT_QPA_PLATFORM")) != "xcb") return argc;
+
+  xcb_connection_t* pConnection = xcb_connect(nullptr, nullptr);
+  const bool bFailed = xcb_connection_has_error(pConnection) != 0;
+  xcb_disconnect(pConnection);
+  if (!bFailed) return argc;
+  const char* sDisplay = getenv("DISPLAY");
+  throw std::runtime_error(sDisplay == nullptr
+                               ? "there is no display to open a window on (DISPLAY is not set)"
+                               : "the display \"" + std::string(sDisplay) + "\" cannot be opened");
+}
+
+sigset_t EndingSignals() {
+  sigset_t set;
+  sigemptyset(&set);
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&set, signal);
+  return set;
+}
+
+}  // namespace
+
+LinuxToolkit::LinuxToolkit(int& argc, char** argv) : m_application(Prepare(argc), argv) {
+  QApplication::setQuitOnLastWindowClosed(false);
+  // The rows of the panel are as high as designed: a style of the desktop's could need more.
+  QApplication::setStyle("Fusion");
+  ConnectSignals();
+}
+
+LinuxToolkit::~LinuxToolkit() = default;
+
+void LinuxToolkit::ConnectSignals() {
+  const sigset_t set = EndingSignals();
+  sigprocmask(SIG_BLOCK, &set, nullptr);
+  m_signals = FileDescriptor(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC));
+  if (!m_signals.IsOpen()) throw std::system_error(errno, std::generic_category(), "signalfd");
+  m_signalNotifier = std::make_unique<QSocketNotifier>(m_signals.Get(), QSocketNotifier::Read);
+  QObject::connect(m_signalNotifier.get(), &QSocketNotifier::activated, m_signalNotifier.get(),
+                   [this] {
+                     signalfd_siginfo info;
+                     while (read(m_signals.Get(), &info, sizeof info) == sizeof info) continue;
+                     EndOfSession();
+                   });
+}
+
+void LinuxToolkit::EndOfSession() {
+  const std::set<LinuxForm*> forms = m_loadedForms;  // each leaves the set as it unloads
+  for (LinuxForm* pForm : forms) pForm->RequestUnload(platform::UnloadReason::AppWindows);
+  End();
+}
+
+std::unique_ptr<platform::Form> LinuxToolkit::NewForm(const platform::FormDesign& design) {
+  auto form = std::make_unique<LinuxForm>(design, [this](LinuxForm& unloaded) {
+    m_loadedForms.erase(&unloaded);
+    if (m_loadedForms.empty()) End();
+  });
+  m_loadedForms.insert(form.get());
+  return form;
+}
+
+platform::MsgBoxAnswer LinuxToolkit::MsgBox(std::string_view sPrompt, std::uint32_t lFlags,
+                                            std::string_view sTitle) {
+  const bool bChoice = (lFlags & platform::MB_YESNO) != 0;
+  QMessageBox box(QApplication::activeWindow());
+  box.setTextFormat(Qt::PlainText);  // the text may come from a profile
+  box.setText(ToQString(sPrompt));
+  box.setWindowTitle(ToQString(sTitle));
+  box.setIcon((lFlags & platform::MB_ICONQUESTION) != 0 ? QMessageBox::Question
+                                                        : QMessageBox::Information);
+  if (bChoice) {
+    box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+    box.setDefaultButton(QMessageBox::Yes);
+    box.setEscapeButton(QMessageBox::No);
+  }
+  const int iButton = box.exec();
+  if (!bChoice) return platform::IDOK;
+  return iButton == QMessageBox::Yes ? platform::IDYES : platform::IDNO;
+}
+
+void LinuxToolkit::Beep() { QApplication::beep(); }
+
+int LinuxToolkit::Run() {
+  // What ended before the loop began has ended.
+  return m_bEnded || m_loadedForms.empty() ? 0 : QApplication::exec();
+}
+
+void LinuxToolkit::End() {
+  m_bEnded = true;
+  QApplication::exit(0);
+}
+
+}  // namespace quillorbit::linux_adapter

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <set>
+
+#include <QApplication>
+#include <QSocketNotifier>
+
+#include "platform/linux/file_descriptor.h"
+#include "platform/toolkit.h"
+
+namespace quillorbit::linux_adapter {
+
+class LinuxForm;
+
+/// The window toolkit on Qt Widgets. There is one, and everything that needs an event loop is made
+/// after it and destroyed before it. SIGTERM, SIGINT and SIGHUP unload the forms, as the end of the
+/// session does, and end the program.
+class LinuxToolkit final : public platform::Toolkit {
+ public:
+  /// Takes what main() was given. Throws std::runtime_error, in words for the user, when there is
+  /// no display to open a window on.
+  LinuxToolkit(int& argc, char** argv);
+  ~LinuxToolkit() override;
+
+  [[nodiscard]] std::unique_ptr<platform::Form> NewForm(
+      const platform::FormDesign& design) override;
+  platform::MsgBoxAnswer MsgBox(std::string_view sPrompt, std::uint32_t lFlags,
+                                std::string_view sTitle) override;
+  void Beep() override;
+  int Run() override;
+  void End() override;
+
+ private:
+  void ConnectSignals();
+  void EndOfSession();
+
+  QApplication m_application;
+  FileDescriptor m_signals;
+  std::unique_ptr<QSocketNotifier> m_signalNotifier;
+  std::set<LinuxForm*> m_loadedForms;
+  bool m_bEnded = false;
+};
+
+}  // namespace quillorbit::linux_adapter
