@@ -2,6 +2,7 @@
 
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <type_traits>
 
@@ -17,9 +18,9 @@ constexpr void StoreLittleEndian(std::span<std::byte> bytes, Int value) {
 /// Loads an integer that stands least significant byte first at the beginning of `bytes`.
 template <std::integral Int>
 [[nodiscard]] constexpr Int LoadLittleEndian(std::span<const std::byte> bytes) {
-  std::make_unsigned_t<Int> value = 0;
+  std::uint64_t value = 0;
   for (std::size_t i = sizeof(Int); i-- > 0;)
-    value = static_cast<std::make_unsigned_t<Int>>(value << 8 | std::to_integer<unsigned>(bytes[i]));
+    value = value << 8 | std::to_integer<std::uint64_t>(bytes[i]);
   return static_cast<Int>(value);
 }
 

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -14,31 +13,12 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 
+#include "support/child_process.h"
+
 namespace quillorbit::linux_tests {
 
-/// A folder of its own that goes with the object.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string sTemplate = std::filesystem::temp_directory_path() / "quillorbit-test-XXXXXX";
-    if (mkdtemp(sTemplate.data()) == nullptr) throw std::runtime_error("mkdtemp");
-    m_path = sTemplate;
-  }
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  [[nodiscard]] const std::filesystem::path& Path() const { return m_path; }
-  [[nodiscard]] std::filesystem::path operator/(std::string_view sName) const {
-    return m_path / sName;
-  }
-
- private:
-  std::filesystem::path m_path;
-};
+using test::ReadFile;
+using test::TemporaryFolder;
 
 /// A temporary folder that is the runtime folder meanwhile.
 class TemporaryRuntimeFolder : public TemporaryFolder {
@@ -63,11 +43,6 @@ class AsNobody {
 inline void WriteFile(const std::filesystem::path& path, std::string_view sContent) {
   std::ofstream(path, std::ios::binary)
       .write(sContent.data(), static_cast<std::streamsize>(sContent.size()));
-}
-
-inline std::string ReadFile(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// Runs the event loop until the condition holds; false when it does not within two seconds.

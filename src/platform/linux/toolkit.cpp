@@ -20,8 +20,20 @@
 namespace quillorbit::linux_adapter {
 namespace {
 
-/// Settles what the toolkit reads from the environment before it exists, and returns argc for it.
+sigset_t EndingSignals() {
+  sigset_t set;
+  sigemptyset(&set);
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&set, signal);
+  return set;
+}
+
+/// Settles what has to be settled before the toolkit exists, and returns argc for it.
 int& Prepare(int& argc) {
+  // Blocked here, they are blocked in every thread that the toolkit starts, and only signalfd()
+  // takes them.
+  const sigset_t endingSignals = EndingSignals();
+  sigprocmask(SIG_BLOCK, &endingSignals, nullptr);
+
   // Windows of other programs, and this program's own for them, are X11's, also under Wayland.
   setenv("QT_QPA_PLATFORM", "xcb", 0);
   // Qt's own event loop answers a socket sooner than the one on glib.
@@ -38,13 +50,6 @@ int& Prepare(int& argc) {
                                : "the display \"" + std::string(sDisplay) + "\" cannot be opened");
 }
 
-sigset_t EndingSignals() {
-  sigset_t set;
-  sigemptyset(&set);
-  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&set, signal);
-  return set;
-}
-
 }  // namespace
 
 LinuxToolkit::LinuxToolkit(int& argc, char** argv) : m_application(Prepare(argc), argv) {
@@ -58,7 +63,6 @@ LinuxToolkit::~LinuxToolkit() = default;
 
 void LinuxToolkit::ConnectSignals() {
   const sigset_t set = EndingSignals();
-  sigprocmask(SIG_BLOCK, &set, nullptr);
   m_signals = FileDescriptor(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC));
   if (!m_signals.IsOpen()) throw std::system_error(errno, std::generic_category(), "signalfd");
   m_signalNotifier = std::make_unique<QSocketNotifier>(m_signals.Get(), QSocketNotifier::Read);

@@ -1,0 +1,3 @@
+add_executable(bench_bare_loop ${CMAKE_CURRENT_LIST_DIR}/bare_loop.cpp)
+target_link_libraries(bench_bare_loop
+  PRIVATE quillorbit_core quillorbit_linux_runtime quillorbit_options)

@@ -1,0 +1,14 @@
+#pragma once
+
+namespace quillorbit::bench {
+
+// The sections of the table. Each prints itself.
+
+/// The datagram handler on the fake platform: time and heap allocations for one datagram.
+void Handler();
+/// From sending to the report at the user-space driver, beside a bare loop.
+void Latency();
+/// Start to the window on the screen, and memory, beside an empty program of the same toolkit.
+void Window();
+
+}  // namespace quillorbit::bench

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QTemporaryDir>
+
+namespace quillorbit::bench {
+
+/// A place of its own for the programs that are measured: a runtime folder with the driver's
+/// socket, and a copy of the program beside a profile with a free port. The user's own profile and
+/// joystick stay out of it.
+class Place {
+ public:
+  Place();
+
+  [[nodiscard]] QString Program() const { return m_folder.filePath("quillorbit"); }
+  [[nodiscard]] QString Socket() const { return m_folder.filePath("vJoyQuillorbit"); }
+  [[nodiscard]] QString Port() const { return m_sPort; }
+  /// A program of the build folder.
+  [[nodiscard]] static QString Built(const QString& sName);
+  /// Gives a process this place's runtime folder.
+  void Prepare(QProcess& process) const;
+
+ private:
+  QTemporaryDir m_folder;
+  QString m_sPort;
+};
+
+/// Ends a process in order, and throws std::runtime_error when it does not end so.
+void End(QProcess& process);
+
+}  // namespace quillorbit::bench

@@ -1,0 +1,136 @@
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QStringList>
+#include <QThread>
+#include <xcb/xcb.h>
+
+#include "sections.h"
+#include "subject.h"
+
+namespace quillorbit::bench {
+namespace {
+
+constexpr int nRounds = 7;
+
+/// Sees the windows that come on the screen.
+class Screen {
+ public:
+  Screen() : m_connection(xcb_connect(nullptr, nullptr), &xcb_disconnect) {
+    if (xcb_connection_has_error(m_connection.get())) throw std::runtime_error("no display");
+    const xcb_window_t root =
+        xcb_setup_roots_iterator(xcb_get_setup(m_connection.get())).data->root;
+    const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(m_connection.get(), root, XCB_CW_EVENT_MASK, &mask);
+    xcb_flush(m_connection.get());
+  }
+
+  /// Waits until a window of a main window's size is mapped.
+  void WaitForWindow(QProcess& process) {
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 20'000) {
+      std::unique_ptr<xcb_generic_event_t, decltype(&free)> event(
+          xcb_poll_for_event(m_connection.get()), &free);
+      if (!event) {
+        QThread::usleep(200);
+        continue;
+      }
+      if ((event->response_type & 0x7F) != XCB_MAP_NOTIFY) continue;
+      const auto window = reinterpret_cast<xcb_map_notify_event_t*>(event.get())->window;
+      std::unique_ptr<xcb_get_geometry_reply_t, decltype(&free)> geometry(
+          xcb_get_geometry_reply(m_connection.get(), xcb_get_geometry(m_connection.get(), window),
+                                 nullptr),
+          &free);
+      if (geometry && geometry->width > 400) return;
+    }
+    throw std::runtime_error(process.program().toStdString() + " shows no window");
+  }
+
+  /// Forgets what was mapped so far.
+  void Drain() {
+    while (auto* pEvent = xcb_poll_for_event(m_connection.get())) free(pEvent);
+  }
+
+ private:
+  std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> m_connection;
+};
+
+/// Proportional set size in MiB: its own pages, and its share of those that others map too.
+double ProportionalSize(qint64 nProcess) {
+  QFile file("/proc/" + QString::number(nProcess) + "/smaps_rollup");
+  if (!file.open(QIODevice::ReadOnly)) throw std::runtime_error("no smaps_rollup");
+  for (const QByteArray& line : file.readAll().split('\n'))
+    if (line.startsWith("Pss:")) return line.mid(4).trimmed().split(' ')[0].toDouble() / 1024;
+  throw std::runtime_error("no Pss in smaps_rollup");
+}
+
+struct Start {
+  double dMilliseconds, dMebibytes;
+};
+
+Start Measure(Screen& screen, const Place& place, const QString& sProgram) {
+  screen.Drain();
+  QProcess process;
+  place.Prepare(process);
+  QElapsedTimer clock;
+  clock.start();
+  process.start(sProgram, QStringList());
+  screen.WaitForWindow(process);
+  const double dMilliseconds = static_cast<double>(clock.nsecsElapsed()) / 1e6;
+  QThread::sleep(1);
+  const double dMebibytes = ProportionalSize(process.processId());
+  End(process);
+  return {dMilliseconds, dMebibytes};
+}
+
+double Median(const std::vector<Start>& starts, double Start::*field) {
+  std::vector<double> values;
+  for (const Start& start : starts) values.push_back(start.*field);
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+}  // namespace
+
+void Window() {
+  Place place;
+  QProcess driver;
+  place.Prepare(driver);
+  driver.setProcessChannelMode(QProcess::SeparateChannels);
+  driver.start(Place::Built("quillorbit-driver"), {"--record", "/dev/null"});
+  if (!driver.waitForStarted()) throw std::runtime_error("quillorbit-driver does not start");
+  while (!QFile::exists(place.Socket())) QThread::msleep(10);
+
+  Screen screen;
+  std::vector<Start> empty, program;
+  for (int i = 0; i < nRounds; ++i) {
+    empty.push_back(Measure(screen, place, Place::Built("bench_empty_widgets")));
+    program.push_back(Measure(screen, place, place.Program()));
+  }
+  End(driver);
+
+  std::printf(
+      "\nStart to the window on the screen, and memory one second later, "
+      "median of %d rounds in turn\n",
+      nRounds);
+  std::printf("  %-28s %10s %10s %14s %10s\n", "", "ms", "MiB (PSS)", "ratio: ms", "MiB");
+  const double dEmptyTime = Median(empty, &Start::dMilliseconds);
+  const double dEmptySize = Median(empty, &Start::dMebibytes);
+  const auto print = [&](const char* sName, const std::vector<Start>& starts) {
+    const double dTime = Median(starts, &Start::dMilliseconds);
+    const double dSize = Median(starts, &Start::dMebibytes);
+    std::printf("  %-28s %10.1f %10.1f %14.2f %10.2f\n", sName, dTime, dSize, dTime / dEmptyTime,
+                dSize / dEmptySize);
+  };
+  print("empty Qt Widgets program", empty);
+  print("quillorbit", program);
+}
+
+}  // namespace quillorbit::bench

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "intake/MotionData.h"
+
+namespace quillorbit::tools {
+
+/// Reads a file of raw datagrams, 20 bytes each. Throws when it cannot be read, is empty or ends
+/// within a datagram.
+[[nodiscard]] std::vector<MotionData> ReadRecordedFile(const std::string& sPath);
+
+}  // namespace quillorbit::tools
