@@ -3,7 +3,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 
@@ -24,7 +24,9 @@ bool Eventually(const std::function<bool()>& condition) {
 
 std::string ReadFile(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
+  std::ostringstream text;
+  text << stream.rdbuf();
+  return std::move(text).str();
 }
 
 std::string FullDisk() {
