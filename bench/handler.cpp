@@ -93,7 +93,7 @@ void Handler() {
   }
   std::printf("The datagram handler on a platform that does nothing (best of %d rounds of %d)\n",
               nRounds, nDatagrams);
-  std::printf("  %-38s %9s %9s %14s\n", "", "ns each", "ratio", "allocations");
+  std::printf("  %-38s %9s %9s %14s\n", "", "ns each", "ratio", "operator new");
   Print("decode and encode alone", bare, bare);
   Print("handler, window hidden", hidden, bare);
   Print("handler, text display visible", visible, bare);
