@@ -22,7 +22,8 @@ class CFilter {
   /// Low-pass mode, with the smoothing factor alpha = T / (T + tau) of a sample period T = 1/rate
   /// and a time constant tau = 1/freq, that is freq / (freq + rate). The output stays what it is.
   ///
-  /// With `freq` 0 the filter changes to low-pass mode but keeps its previous factor, and with 1/rate
+  /// With `freq` 0 the filter changes to low-pass mode but keeps its previous factor, and with
+  /// 1/rate
   /// + 1/freq = 0 it has no usable factor, so that AddLowPass fails; both fail here as well.
   void InitialiseLowPass(double rate, double freq);
 

@@ -33,13 +33,15 @@ platform::DeviceHandle CGamePad::OpenDevice() {
 void CGamePad::SendData(std::int32_t x, std::int32_t y, std::int32_t z, std::int32_t zr,
                         std::int32_t b) {
   if (m_hDevice == 0) return;
-  const auto bytes = JoystickReport{
-      .x = ToInt16(x),
-      .y = ToInt16(y),
-      .z = ToInt16(z),
-      .zr = ToInt16(zr),
-      .b = b,
-  }.ToBytes();
+  const auto bytes =
+      JoystickReport{
+          .x = ToInt16(x),
+          .y = ToInt16(y),
+          .z = ToInt16(z),
+          .zr = ToInt16(zr),
+          .b = b,
+      }
+          .ToBytes();
   std::uint32_t lBytesReturned = 0;
   m_device.DeviceIoControl(m_hDevice, lReportControlCode, bytes.data(), bytes.size(), nullptr, 0,
                            &lBytesReturned, nullptr);

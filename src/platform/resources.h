@@ -13,7 +13,8 @@ class Resources {
 
   /// The bytes of a resource of the program's own type `sType`; throws std::runtime_error when
   /// there is none.
-  [[nodiscard]] virtual std::string LoadResData(std::uint16_t lId, std::string_view sType) const = 0;
+  [[nodiscard]] virtual std::string LoadResData(std::uint16_t lId,
+                                                std::string_view sType) const = 0;
 };
 
 }  // namespace quillorbit::platform
