@@ -5,7 +5,6 @@
 namespace quillorbit {
 namespace {
 
-using platform::ControlDesign;
 using platform::LabelKind;
 
 constexpr platform::Font fontWindow = {"Verdana", 8.25F};

@@ -139,6 +139,13 @@ void Desktop::Press(const std::string& sWindow, const std::string& sKeys) {
   Command("xdotool key --delay 20 " + sKeys);
 }
 
+void Desktop::Answer(const std::string& sBox, const std::string& sKeys) {
+  ASSERT_TRUE(WindowAppears(sBox));
+  const std::string sWindow = FirstWindow(sBox);
+  Press(sBox, sKeys);
+  EXPECT_TRUE(Eventually([&] { return FirstWindow(sBox) != sWindow; })) << sBox;
+}
+
 void Desktop::Minimise() {
   ASSERT_TRUE(WindowAppears(sMainWindow));
   Command("xdotool windowminimize " + FirstWindow(sMainWindow));

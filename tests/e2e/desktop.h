@@ -43,6 +43,8 @@ class Desktop : public testing::Test {
   [[nodiscard]] static bool HasWindow(const std::string& sTitle);
   /// Presses keys, by xdotool's names, in a window that it waits for and puts in front.
   static void Press(const std::string& sWindow, const std::string& sKeys);
+  /// Likewise in a box that the keys close: returns when it is gone.
+  static void Answer(const std::string& sBox, const std::string& sKeys);
   static void Minimise();
   /// Puts a text into the port box, which has the focus, and presses another key.
   static void EnterPort(const std::string& sPort, const std::string& sKey);

@@ -111,7 +111,7 @@ TEST_F(PanelTest, PortInUseAtTheStartIsSaidAndCanBeChanged) {
                  "</port></quillorbit_profile>");
     if (!m_driver) StartDriver();
     StartProgram();
-    Press("^Server bind problem$", "Return");
+    Answer("^Server bind problem$", "Return");
     EnterPort(std::to_string(m_nPort), "Return");
     EXPECT_TRUE(PortIsSaved(std::to_string(m_nPort)));
     EXPECT_TRUE(Listens(m_nPort));

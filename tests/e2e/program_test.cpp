@@ -57,7 +57,7 @@ TEST_F(ProgramTest, DatagramsThatAreNoneAndRandomOnesDoNoHarm) {
 
 TEST_F(ProgramTest, WithoutADriverItSaysSoAndEnds) {
   StartProgram();
-  Press("^Virtual Joystick Error$", "Return");
+  Answer("^Virtual Joystick Error$", "Return");
   EXPECT_EQ(m_process->Wait(), 0);
   EXPECT_THAT(m_process->Errors(), testing::HasSubstr("uinput"));
   EXPECT_THAT(m_process->Errors(), testing::HasSubstr("vJoyQuillorbit"));
@@ -68,7 +68,7 @@ TEST_F(ProgramTest, DriverInUseIsNoDriver) {
   const auto other = m_folder / "other";
   std::filesystem::copy_file(m_program, other);  // another program file: no second copy of this one
   ChildProcess second(m_folder, other, {});
-  Press("^Virtual Joystick Error$", "Return");
+  Answer("^Virtual Joystick Error$", "Return");
   EXPECT_EQ(second.Wait(), 0);
   EndProgram();
 }
@@ -105,21 +105,21 @@ struct CloseTest : ProgramTest {
 
 TEST_F(CloseTest, NoHides) {
   StartAndClose();
-  Press("^Quillorbit$", "Right Return");  // from Yes to No
+  Answer("^Quillorbit$", "Right Return");  // from Yes to No
   ExpectHiddenAndAlive();
   EndProgram();
 }
 
 TEST_F(CloseTest, EscapeIsNo) {
   StartAndClose();
-  Press("^Quillorbit$", "Escape");
+  Answer("^Quillorbit$", "Escape");
   ExpectHiddenAndAlive();
   EndProgram();
 }
 
 TEST_F(CloseTest, YesEnds) {
   StartAndClose();
-  Press("^Quillorbit$", "Return");
+  Answer("^Quillorbit$", "Return");
   EXPECT_EQ(m_process->Wait(), 0);
 }
 

@@ -29,6 +29,7 @@ class LinuxTextBox::Edit final : public QLineEdit {
  public:
   Edit(QWidget* pParent, LinuxTextBox& owner) : QLineEdit(pParent), m_owner(owner) {
     qApp->installEventFilter(this);
+    connect(this, &QLineEdit::textChanged, this, [this] { m_bMayLeave = false; });
   }
 
  private:
@@ -73,7 +74,6 @@ class LinuxTextBox::Edit final : public QLineEdit {
   }
 
   void keyPressEvent(QKeyEvent* pEvent) override {
-    m_bMayLeave = false;  // the text may change
     const std::int16_t iCode = CharacterCode(*pEvent);
     if (iCode != 0 && m_owner.KeyPress) m_owner.KeyPress(iCode);
     QLineEdit::keyPressEvent(pEvent);
@@ -82,7 +82,7 @@ class LinuxTextBox::Edit final : public QLineEdit {
   [[nodiscard]] QObject* TopWindow() const { return window()->windowHandle(); }
 
   LinuxTextBox& m_owner;
-  bool m_bMayLeave = false;  ///< validated since the focus came or the text could change
+  bool m_bMayLeave = false;  ///< found good since the focus came or the text changed
 };
 
 LinuxTextBox::LinuxTextBox(QWidget* pParent, const platform::ControlDesign& design,

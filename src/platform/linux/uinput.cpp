@@ -108,6 +108,18 @@ void CreateJoystick(const std::filesystem::path& node, int fd) {
   Set(node, fd, UI_DEV_CREATE);
 }
 
+/// uinput itself would make another joystick for each program. Where there can be no lock file, the
+/// player gets the joystick all the same.
+FileDescriptor LockJoystick(const std::filesystem::path& node) {
+  try {
+    FileDescriptor lock = TryLock(RuntimeFolder() / (std::string(sDeviceName) + ".uinput.lock"));
+    if (lock.IsOpen()) return lock;
+  } catch (const std::system_error&) {
+    return {};
+  }
+  Fail(node, "another program of yours already plays the joystick; close that one first");
+}
+
 class UinputJoystick final : public Joystick {
  public:
   UinputJoystick(FileDescriptor fd, FileDescriptor lock)
@@ -164,9 +176,7 @@ void FindUinput(const std::filesystem::path& node) {
 std::unique_ptr<Joystick> OpenUinput(const std::filesystem::path& node) {
   FileDescriptor fd(open(node.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
   if (!fd.IsOpen()) FailToOpen(node);
-  FileDescriptor lock = TryLock(RuntimeFolder() / (std::string(sDeviceName) + ".uinput.lock"));
-  if (!lock.IsOpen())
-    Fail(node, "another program of yours already plays the joystick; close that one first");
+  FileDescriptor lock = LockJoystick(node);
   CreateJoystick(node, fd.Get());
   return std::make_unique<UinputJoystick>(std::move(fd), std::move(lock));
 }
