@@ -6,7 +6,9 @@
 #include <string>
 
 #include "base/ShortText.h"
+#include "fakes/device.h"
 #include "intake/MotionData.h"
+#include "joystick/CGamePad.h"
 #include "joystick/JoystickReport.h"
 
 namespace quillorbit {
@@ -108,6 +110,18 @@ TEST(MotionData, DisplayAngleUsesTheFactorAsA32BitFloat) {
 TEST(JoystickReport, ReadsWhatItWrites) {
   const JoystickReport report{-1, 75, 32767, -32768, std::numeric_limits<std::int32_t>::min()};
   EXPECT_EQ(JoystickReport::FromBytes(report.ToBytes()), report);
+}
+
+TEST(CGamePad, WithoutADeviceItTakesAnythingAndWritesNothing) {
+  fakes::CallLog log;
+  fakes::FakeDevice device(log);
+  device.bPresent = false;
+  {
+    CGamePad gamePad(device);
+    EXPECT_FALSE(gamePad.IsOpen());
+    gamePad.SendData(40000, 0, 0, 0, 0);
+  }
+  EXPECT_EQ(log.Calls().size(), 1U);  // the search; nothing is written or closed
 }
 
 }  // namespace
