@@ -1,7 +1,6 @@
 #include "platform/linux/presenter.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 #include <vector>
 
