@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <netdb.h>
+
 #include "support/child_process.h"
 #include "udp_receiver.h"
 
@@ -82,10 +84,14 @@ TEST_F(QuillorbitSend, RecordsWhatItSendsForALaterPlayback) {
 }
 
 TEST_F(QuillorbitSend, FindsHostsByNameAndIpv6Address) {
-  const UdpReceiver ipv4;
-  EXPECT_EQ(RunAndReceive({"--host", "localhost", "--count", "1"}, ipv4).size(), 1U);
   const UdpReceiver ipv6(true);
   EXPECT_EQ(RunAndReceive({"--host", "::1", "--count", "1"}, ipv6).size(), 1U);
+  addrinfo* pFound = nullptr;
+  if (getaddrinfo("localhost", nullptr, nullptr, &pFound) != 0)
+    GTEST_SKIP() << "this machine does not know the name localhost";
+  freeaddrinfo(pFound);
+  const UdpReceiver ipv4;
+  EXPECT_EQ(RunAndReceive({"--host", "localhost", "--count", "1"}, ipv4).size(), 1U);
 }
 
 TEST_F(QuillorbitSend, GoesOnWhileNobodyListensAndEndsAtASignal) {
