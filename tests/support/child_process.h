@@ -10,8 +10,9 @@
 
 namespace quillorbit::test {
 
-/// Asks again until the condition holds; false when it does not within 20 seconds.
-[[nodiscard]] bool Eventually(const std::function<bool()>& condition);
+/// Asks again until the condition holds; false when it does not within the limit.
+[[nodiscard]] bool Eventually(const std::function<bool()>& condition,
+                              std::chrono::seconds limit = std::chrono::seconds(20));
 
 [[nodiscard]] std::string ReadFile(const std::filesystem::path& file);
 
