@@ -9,8 +9,8 @@
 #include <QProcess>
 #include <QStringList>
 
+#include "place.h"
 #include "sections.h"
-#include "subject.h"
 
 namespace quillorbit::bench {
 namespace {

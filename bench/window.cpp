@@ -11,8 +11,8 @@
 #include <QThread>
 #include <xcb/xcb.h>
 
+#include "place.h"
 #include "sections.h"
-#include "subject.h"
 
 namespace quillorbit::bench {
 namespace {

@@ -181,8 +181,10 @@ void frmMain::ShowWindow() { m_controls.frmMain->Show(); }
 void frmMain::ShowFailureBox() {
   const CarryOn step(Ignore{});
   step([&] {
-    CSetup defaults(m_platform.process, m_platform.resources, m_platform.xml);
-    const CSetup& setup = m_state.m_setup ? *m_state.m_setup : defaults;
+    std::unique_ptr<CSetup> defaults;
+    if (!m_state.m_setup)
+      defaults = std::make_unique<CSetup>(m_platform.process, m_platform.resources, m_platform.xml);
+    const CSetup& setup = defaults ? *defaults : *m_state.m_setup;
     m_platform.toolkit.MsgBox(
         std::string(setup.Msg(Message::CouldNotListen)) + " " + Decimal(setup.Port),
         platform::MB_ICONINFORMATION, setup.Msg(Message::CouldNotListenTitle));

@@ -8,7 +8,7 @@
 
 namespace quillorbit {
 
-/// The smoothing that a filter setting means: the second of these is the setting itself.
+/// The rate of both axis filters; their freq is the setting `Samples`.
 inline constexpr double dFilterRate = 30;
 
 /// The three setup controls. Each writes its setting into the settings object and saves the

@@ -1,4 +1,4 @@
-#include "subject.h"
+#include "place.h"
 
 #include <stdexcept>
 
