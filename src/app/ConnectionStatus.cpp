@@ -55,8 +55,9 @@ void ConnectionStatus::SignalBack() {
   m_state.m_disconnected = false;
 }
 
-void ConnectionStatus::SetTrayIcon(std::string_view sIconName) {
-  const std::uint32_t hSmallIcon = SetWindowIcon(m_controls.frmMain->hWnd(), sIconName, false);
+void ConnectionStatus::SetTrayIcon(const char* sIconName) {
+  const platform::IconHandle hSmallIcon =
+      SetWindowIcon(m_platform, m_controls.frmMain->hWnd(), sIconName, false);
   Existing(m_systray).IconHandle(hSmallIcon);
 }
 

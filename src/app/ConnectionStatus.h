@@ -1,9 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <string_view>
 
 #include "intake/ReceiverState.h"
+#include "platform/platform.h"
 #include "tray/frmSysTray.h"
 #include "ui/Controls.h"
 #include "view/AttitudeView.h"
@@ -16,9 +16,13 @@ namespace quillorbit {
 class ConnectionStatus {
  public:
   /// The tray component may be absent.
-  ConnectionStatus(ReceiverState& state, Controls& controls, AttitudeView& view,
-                   const std::unique_ptr<frmSysTray>& systray)
-      : m_state(state), m_controls(controls), m_view(view), m_systray(systray) {}
+  ConnectionStatus(platform::Platform& platform, ReceiverState& state, Controls& controls,
+                   AttitudeView& view, const std::unique_ptr<frmSysTray>& systray)
+      : m_platform(platform),
+        m_state(state),
+        m_controls(controls),
+        m_view(view),
+        m_systray(systray) {}
 
   /// Changes to no signal (true) or signal (false), whatever the state is: icon, caption, tooltip
   /// and balloon, and for no signal a centred joystick without a pressed button. A part of it that
@@ -26,7 +30,7 @@ class ConnectionStatus {
   void Disconnected(bool bDisconnected);
 
   /// Shows an icon resource in the tray and on the main window.
-  void SetTrayIcon(std::string_view sIconName);
+  void SetTrayIcon(const char* sIconName);
 
   void tmrCheck_Timer();   ///< one second without an accepted datagram
   void tmrCheck2_Timer();  ///< every second: counts the datagrams per second
@@ -35,6 +39,7 @@ class ConnectionStatus {
   void SignalLost();
   void SignalBack();
 
+  platform::Platform& m_platform;
   ReceiverState& m_state;
   Controls& m_controls;
   AttitudeView& m_view;

@@ -1,6 +1,7 @@
 // The end of the program: the main window's unloading.
 
 #include <string>
+#include <utility>
 
 #include "app/Product.h"
 #include "app/frmMain.h"
@@ -26,7 +27,8 @@ void frmMain::Form_Unload() {
   m_unloaded = true;
   const CarryOn step(Ignore{});
   step([&] { m_controls.sckUDP->Close(); });
-  step([&] { m_systray.reset(); });
+  step([&] { Existing(m_systray).Unload(); });
+  m_unloadedSystray = std::move(m_systray);
   step([&] { m_state.m_setup.reset(); });
   step([&] { m_state.m_gamepad.reset(); });
   step([&] { m_state.m_filterX.reset(); });

@@ -7,6 +7,7 @@
 #include "app/frmMain.h"
 #include "base/CarryOn.h"
 #include "base/Existing.h"
+#include "base/FormClass.h"
 #include "base/Numbers.h"
 #include "settings/Messages.h"
 #include "winutil/modWin32.h"
@@ -59,11 +60,23 @@ void frmMain::Form_Load() {
 void frmMain::YieldToPreviousInstance() {
   if (!m_platform.process.PrevInstance()) return;
   m_controls.frmMain->Caption("");  // so that the search does not find this window
-  EnumerateWindows(*this);
+  m_windows.EnumerateWindows(*this);
   m_controls.frmMain->Unload();
 }
 
-void frmMain::SetApplicationIcon() { SetWindowIcon(m_controls.frmMain->hWnd(), "AAA", true); }
+/// Whether it is the previous instance's main window, hidden or not; that one comes to the front.
+void frmMain::EnumWindow(platform::WindowHandle hwnd, bool& bStop) {
+  if (m_windows.GetWindowClass(hwnd) != sFormClass) return;
+  if (m_windows.GetWindowTitle(hwnd).find(sProductName) == std::string::npos) return;
+  m_windows.ActivateWindow(hwnd);
+  bStop = true;
+}
+
+std::int32_t frmMain::Identifier() { return static_cast<std::int32_t>(m_controls.frmMain->hWnd()); }
+
+void frmMain::SetApplicationIcon() {
+  SetWindowIcon(m_platform, m_controls.frmMain->hWnd(), "AAA", true);
+}
 
 void frmMain::CreateSettings() {
   m_state.m_setup =
@@ -84,7 +97,10 @@ void frmMain::OpenJoystick() {
   m_platform.toolkit.End();
 }
 
-void frmMain::CreateTray() { m_systray = std::make_unique<frmSysTray>(); }
+void frmMain::CreateTray() {
+  m_systray = std::make_unique<frmSysTray>(m_platform);
+  ConnectTrayEvents();
+}
 
 void frmMain::AddQuitToTrayMenu() {
   const std::string sQuit(Existing(m_state.m_setup).Msg(Message::Quit));
@@ -168,7 +184,7 @@ void frmMain::StartWatchdog() {
   m_controls.tmrCheck->Enabled(true);
 }
 
-void frmMain::CreateMutexes() { CreateAppMutex("QuillorbitMutex"); }
+void frmMain::CreateMutexes() { CreateAppMutex(m_platform.process, "QuillorbitMutex"); }
 
 void frmMain::StartListening() {
   m_controls.sckUDP->Protocol(platform::SocketProtocol::UDP);

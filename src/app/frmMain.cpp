@@ -31,8 +31,10 @@ auto On(Controls& controls, void (*handler)(Controls&)) {
 frmMain::frmMain(platform::Platform& platform)
     : m_platform(platform),
       m_controls(platform),
+      m_windows(platform.windows, platform.codePage),
       m_view(m_state, m_controls),
-      m_status(m_state, m_controls, m_view, m_systray),
+      m_status(platform, m_state, m_controls, m_view, m_systray),
+      m_trayHandlers(platform.toolkit, m_controls, m_view, m_systray),
       m_setupControls(m_state, m_controls, platform.toolkit),
       m_receiver(m_state, m_controls, m_view, m_status) {
   ConnectEvents();
@@ -54,8 +56,11 @@ void frmMain::ConnectEvents() {
   c.tmrCheck2->Tick = On(m_status, &ConnectionStatus::tmrCheck2_Timer);
 }
 
-void frmMain::EnumWindow(platform::WindowHandle /*hwnd*/, bool& /*bStop*/) {}
-
-std::int32_t frmMain::Identifier() { return static_cast<std::int32_t>(m_controls.frmMain->hWnd()); }
+void frmMain::ConnectTrayEvents() {
+  frmSysTray& tray = *m_systray;
+  tray.BalloonClicked = On(m_trayHandlers, &TrayHandlers::m_systray_BalloonClicked);
+  tray.MenuClick = On(m_trayHandlers, &TrayHandlers::m_systray_MenuClick);
+  tray.SysTrayMouseDown = On(m_trayHandlers, &TrayHandlers::m_systray_SysTrayMouseDown);
+}
 
 }  // namespace quillorbit

@@ -6,10 +6,12 @@
 #include "intake/Receiver.h"
 #include "intake/ReceiverState.h"
 #include "platform/platform.h"
+#include "tray/TrayHandlers.h"
 #include "tray/frmSysTray.h"
 #include "ui/Controls.h"
 #include "ui/SetupControls.h"
 #include "view/AttitudeView.h"
+#include "winutil/IEnumWindowsSink.h"
 #include "winutil/mWindow.h"
 
 namespace quillorbit {
@@ -27,6 +29,7 @@ class frmMain : private IEnumWindowsSink {
 
  private:
   void ConnectEvents();
+  void ConnectTrayEvents();
 
   // The steps of Form_Load
   void YieldToPreviousInstance();
@@ -66,9 +69,12 @@ class frmMain : private IEnumWindowsSink {
   platform::Platform& m_platform;
   ReceiverState m_state;
   Controls m_controls;
+  mWindow m_windows;
   std::unique_ptr<frmSysTray> m_systray;
+  std::unique_ptr<frmSysTray> m_unloadedSystray;  ///< its menu may still be about to return
   AttitudeView m_view;
   ConnectionStatus m_status;
+  TrayHandlers m_trayHandlers;
   SetupControls m_setupControls;
   Receiver m_receiver;
   bool m_unloaded = false;

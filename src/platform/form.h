@@ -7,12 +7,15 @@
 
 #include "platform/controls.h"
 #include "platform/event.h"
+#include "platform/menu.h"
 #include "platform/timer.h"
 
 namespace quillorbit::platform {
 
 /// A top-level window's handle; 0 is none.
 using WindowHandle = std::uint32_t;
+/// An icon's handle; 0 is none.
+using IconHandle = std::uint32_t;
 
 enum class WindowState { Normal = 0, Minimized = 1, Maximized = 2 };
 
@@ -25,7 +28,9 @@ enum class UnloadReason {
 
 struct FormDesign {
   std::string_view sName;
+  std::string_view sClass;  ///< the window class, by which other programs know it
   std::string_view sCaption;
+  const char* sIcon;                ///< the icon resource of its window
   float fScaleWidth, fScaleHeight;  ///< client area in twips
   Font font;
 };
@@ -38,11 +43,13 @@ struct FormDesign {
 class Form : public Container {
  public:
   [[nodiscard]] virtual WindowHandle hWnd() const = 0;
+  /// The window's own icon, as it was designed.
+  [[nodiscard]] virtual IconHandle Icon() const = 0;
 
   [[nodiscard]] virtual std::string Caption() const = 0;
   virtual void Caption(std::string_view sCaption) = 0;
   [[nodiscard]] virtual bool Visible() const = 0;
-  virtual void Show() = 0;  ///< not modal
+  virtual void Show() = 0;  ///< not modal; brings it to the front
   virtual void Hide() = 0;
   [[nodiscard]] virtual platform::WindowState WindowState() const = 0;
   virtual void WindowState(platform::WindowState eState) = 0;
@@ -54,12 +61,19 @@ class Form : public Container {
 
   [[nodiscard]] virtual std::unique_ptr<Timer> NewTimer(int iInterval, bool bEnabled) = 0;
 
+  [[nodiscard]] virtual std::unique_ptr<Menu> NewMenu(std::string_view sCaption) = 0;
+  /// Shows a menu of this form at the mouse cursor with its default item, if any, and returns when
+  /// the menu has closed; a menu that is open already stays as it is. Other events are delivered
+  /// meanwhile, Click of the chosen item among them.
+  virtual void PopupMenu(Menu& menu, std::uint32_t lFlags, MenuItem* pDefaultItem) = 0;
+
   virtual void Unload() = 0;  ///< does nothing to a form that is unloaded already
 
   Event<bool&, UnloadReason> QueryUnload;  ///< true cancels
   Event<> Unloaded;
   Event<> Resize;  ///< resized, minimised or restored; docked children stand already
   Event<> Paint;
+  Event<std::int32_t> MouseMove;  ///< the mouse's x coordinate in pixels; y matters to nobody
 };
 
 }  // namespace quillorbit::platform

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "platform/code_page.h"
 #include "platform/device.h"
 #include "platform/process.h"
 #include "platform/resources.h"
+#include "platform/shell.h"
 #include "platform/toolkit.h"
+#include "platform/top_level_windows.h"
 #include "platform/udp_socket.h"
 #include "platform/xml_document.h"
 
@@ -13,11 +16,14 @@ namespace quillorbit::platform {
 /// services are used on the user-interface thread and outlive the program's main window.
 struct Platform {
   Toolkit& toolkit;
+  Shell& shell;
+  TopLevelWindows& windows;
   UdpSockets& udpSockets;
   DeviceFunctions& device;
   XmlLibrary& xml;
   Process& process;
   Resources& resources;
+  CodePage& codePage;
 };
 
 }  // namespace quillorbit::platform

@@ -1,10 +1,16 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace quillorbit::platform {
 
-/// What the platform knows of the running program. Texts are UTF-8.
+/// A named mutex's handle; 0 is none.
+using MutexHandle = std::uint32_t;
+/// A program file's handle, as LoadImageA takes it.
+using ModuleHandle = std::uint32_t;
+
+/// What the platform knows of the running program, and gives it. Texts are UTF-8.
 class Process {
  public:
   virtual ~Process() = default;
@@ -18,6 +24,20 @@ class Process {
   /// The program file's name without its extension.
   [[nodiscard]] virtual std::string EXEName() const = 0;
   [[nodiscard]] virtual char PathSeparator() const = 0;
+  /// This program file.
+  [[nodiscard]] virtual ModuleHandle hInstance() const = 0;
+
+  /// The platform's version word: bits 0-7 major version, 8-15 minor version, bit 31 clear for the
+  /// NT family.
+  [[nodiscard]] virtual std::uint32_t GetVersion() const = 0;
+
+  /// Creates or opens a named object that exists as long as a process has it open; without prefix
+  /// the session's, behind "Global\" the machine's. 0 when it cannot be.
+  virtual MutexHandle CreateMutexA(const void* pSecurityAttributes, bool bInitialOwner,
+                                   const char* sName) = 0;
+
+  /// A pseudo-random number in [0, 1).
+  [[nodiscard]] virtual double Rnd() = 0;
 };
 
 }  // namespace quillorbit::platform

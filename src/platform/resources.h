@@ -4,7 +4,19 @@
 #include <string>
 #include <string_view>
 
+#include "platform/form.h"
+#include "platform/process.h"
+
 namespace quillorbit::platform {
+
+// The sizes of icons, in pixels
+inline constexpr int SM_CXICON = 11;
+inline constexpr int SM_CYICON = 12;
+inline constexpr int SM_CXSMICON = 49;
+inline constexpr int SM_CYSMICON = 50;
+
+inline constexpr std::uint32_t IMAGE_ICON = 1;
+inline constexpr std::uint32_t LR_SHARED = 0x8000;
 
 /// The data that the program file carries.
 class Resources {
@@ -15,6 +27,15 @@ class Resources {
   /// there is none.
   [[nodiscard]] virtual std::string LoadResData(std::uint16_t lId,
                                                 std::string_view sType) const = 0;
+
+  /// The file description of the version resource, UTF-8; empty when there is none.
+  [[nodiscard]] virtual std::string FileDescription() const = 0;
+
+  [[nodiscard]] virtual int GetSystemMetrics(int nIndex) const = 0;
+  /// Loads an image of a module at a size, scaled where it has none of that size; 0 when there is
+  /// no such resource. A shared image has one handle for each size, and is never destroyed.
+  virtual IconHandle LoadImageA(ModuleHandle hInst, const char* sName, std::uint32_t lType, int cx,
+                                int cy, std::uint32_t lFlags) = 0;
 };
 
 }  // namespace quillorbit::platform

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "base/FormClass.h"
+
 namespace quillorbit {
 namespace {
 
@@ -37,7 +39,8 @@ class ReadoutRows {
 }  // namespace
 
 Controls::Controls(platform::Platform& platform) {
-  frmMain = platform.toolkit.NewForm({"frmMain", "Quillorbit", 9510, 6720, fontWindow});
+  frmMain = platform.toolkit.NewForm(
+      {"frmMain", sFormClass, "Quillorbit", "AAA", 9510, 6720, fontWindow});
 
   picSurface = frmMain->NewPictureBox({"picSurface", 0, 0, 9510, 6315, 0, fontPanel},
                                       platform::Docking::Top);

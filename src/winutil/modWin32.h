@@ -1,18 +1,20 @@
 #pragma once
 
-#include <cstdint>
+#include <string>
 #include <string_view>
 
-#include "platform/form.h"
+#include "platform/platform.h"
 
 namespace quillorbit {
 
-/// Creates the two named mutexes that exist while the program runs. It does nothing yet.
-void CreateAppMutex(std::string_view sName);
+/// Creates the named mutex, and the one of that name behind "Global\"; both exist until the process
+/// ends. Whether either could be is not looked at.
+void CreateAppMutex(platform::Process& process, const std::string& sName);
 
-/// Sets a window's large and small icons from an icon resource, and with `bSetOwner` also its
-/// top-level owner's; returns the small icon's handle, 0 when there is none. It does nothing yet.
-std::uint32_t SetWindowIcon(platform::WindowHandle hWnd, std::string_view sIconName,
-                            bool bSetOwner);
+/// Sets a window's large and small icons from an icon resource of this program, and with
+/// `bSetOwner` also its top-level owner's. Returns the small icon's handle; 0 when there is no such
+/// resource, and then the windows have no icon.
+platform::IconHandle SetWindowIcon(platform::Platform& platform, platform::WindowHandle hWnd,
+                                   const char* sIconName, bool bSetOwner);
 
 }  // namespace quillorbit

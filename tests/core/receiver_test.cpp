@@ -120,7 +120,7 @@ TEST_F(ReceiverTest, CountAtItsHighestStartsAgainAndTheDatagramCounts) {
   Controls controls(p.platform.services);
   const std::unique_ptr<frmSysTray> noTray;
   AttitudeView view(state, controls);
-  ConnectionStatus status(state, controls, view, noTray);
+  ConnectionStatus status(p.platform.services, state, controls, view, noTray);
   Receiver receiver(state, controls, view, status);
   controls.sckUDP->DataArrival = [&] { receiver.sckUDP_DataArrival(); };
   p.Take();

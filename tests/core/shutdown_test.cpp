@@ -7,10 +7,18 @@ namespace {
 
 struct ShutdownTest : testing::Test {
   ShutdownTest() { p.Start(); }
+  static Lines AfterTheQuestion();
   Program p;
 };
 
-const Lines teardown = {"sckUDP.Close", "CloseHandle 42"};
+const Lines teardown = {"sckUDP.Close", "frmSysTray.Unload", "Shell_NotifyIconW 2, 936, 1002, 116",
+                        "CloseHandle 42"};
+
+Lines ShutdownTest::AfterTheQuestion() {
+  Lines lines = teardown;
+  lines.insert(lines.begin(), "MsgBox Quit Quillorbit? | 36 | Quillorbit");
+  return lines;
+}
 
 TEST_F(ShutdownTest, CloseCommandAsksAndNoHides) {
   p.platform.toolkit.eAnswer = platform::IDNO;
@@ -23,8 +31,7 @@ TEST_F(ShutdownTest, CloseCommandAsksAndNoHides) {
 TEST_F(ShutdownTest, CloseCommandAsksAndYesUnloads) {
   p.platform.toolkit.eAnswer = platform::IDYES;
   p.platform.Window().Close(platform::UnloadReason::ControlMenu);
-  EXPECT_EQ(p.Take(),
-            (Lines{"MsgBox Quit Quillorbit? | 36 | Quillorbit", teardown[0], teardown[1]}));
+  EXPECT_EQ(p.Take(), AfterTheQuestion());
   EXPECT_TRUE(p.platform.Window().bUnloaded);
 }
 
@@ -39,8 +46,7 @@ TEST_F(ShutdownTest, SessionThatEndsDuringTheQuestionUnloadsOnce) {
     p.platform.Window().Close(platform::UnloadReason::AppWindows);
   };
   p.platform.Window().Close(platform::UnloadReason::ControlMenu);
-  EXPECT_EQ(p.Take(),
-            (Lines{"MsgBox Quit Quillorbit? | 36 | Quillorbit", teardown[0], teardown[1]}));
+  EXPECT_EQ(p.Take(), AfterTheQuestion());
 }
 
 TEST_F(ShutdownTest, FailingStepDoesNotKeepTheDeviceOpen) {

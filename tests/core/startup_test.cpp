@@ -15,14 +15,26 @@ constexpr const char* sDeviceTest =
 
 Lines WholeStart() {
   Lines lines = {"PrevInstance",
+                 "GetWindow 1001, 4",
+                 "LoadImageA 4194304, AAA, 1, 32, 33, 32768",
+                 "SendMessageA 1001, 128, 1, 132",  // its own top owner: twice
+                 "SendMessageA 1001, 128, 1, 132",
+                 "LoadImageA 4194304, AAA, 1, 16, 17, 32768",
+                 "SendMessageA 1001, 128, 0, 116",
+                 "SendMessageA 1001, 128, 0, 116",
                  "xml.load C:\\Games\\Quillorbit.setup",
                  sDeviceTest,
                  "SetupDiDestroyDeviceInfoList 77",
                  "CreateFileA \\\\.\\vJoyQuillorbit, 2147483648, 0, 0, 3, 0, 0",
-                 "txtServerPort.Text = 5000",
-                 "sldFilter.Min = 1",
-                 "sldFilter.Max = 30",
-                 "sldFilter.Value = 30"};
+                 "Shell_NotifyIconW 0, 936, 1002, 116, message 512, icon 116, tip ",
+                 "Shell_NotifyIconW 4, 936, 1002, 116",
+                 "item0.Visible = 1",
+                 "item0.Caption = &Quit",
+                 "Shell_NotifyIconW 1, 936, 1002, 116, tip Quillorbit"};
+  for (const Lines& more :
+       {IconCalls("OK", 200), Lines{"txtServerPort.Text = 5000", "sldFilter.Min = 1",
+                                    "sldFilter.Max = 30", "sldFilter.Value = 30"}})
+    lines.insert(lines.end(), more.begin(), more.end());
   for (int i = 0; i < 16; ++i) {
     const std::string sLamp = "lblButton" + std::to_string(i);
     lines.push_back(sLamp + ".Caption = " + (i < 9 ? "0" : "") + std::to_string(i + 1));
@@ -51,6 +63,8 @@ Lines WholeStart() {
                       "lblButtons.Caption = 0",
                       "timer0.Interval = 1000",
                       "timer0.Enabled = 1",
+                      "CreateMutexA 0, 0, QuillorbitMutex",
+                      "CreateMutexA 0, 0, Global\\QuillorbitMutex",
                       "sckUDP.Protocol = 1",
                       "sckUDP.Bind 5000",
                       "frmMain.Show"};
@@ -100,10 +114,17 @@ TEST_F(StartupTest, AnyFailingCallShowsOneBoxAndTheNextStepRuns) {
   }
 }
 
-TEST_F(StartupTest, SecondCopyTouchesNothing) {
+TEST_F(StartupTest, SecondCopyBringsTheFirstToTheFrontAndTouchesNothingElse) {
   p.platform.process.bPrevInstance = true;
-  EXPECT_THAT(Load(),
-              ElementsAre("PrevInstance", "frmMain.Caption = ", "frmMain.Unload", "sckUDP.Close"));
+  p.platform.windows.windows = {{1, "Quillorbit", "Other"},
+                                {2, "quillorbit", "ThunderRT6FormDC"},
+                                {3, "Sys Tray Interface", "ThunderRT6FormDC"},
+                                {4, "Quillorbit - No signal", "ThunderRT6FormDC", false},
+                                {5, "Quillorbit", "ThunderRT6FormDC"}};
+  EXPECT_THAT(Load(), ElementsAre("PrevInstance", "frmMain.Caption = ", "EnumWindows 1001",
+                                  "ShowWindow 4, 9", "ShowWindow 4, 5", "SetForegroundWindow 4",
+                                  "frmMain.Unload", "sckUDP.Close"));
+  EXPECT_EQ(p.platform.Window().sClass, "ThunderRT6FormDC");
   EXPECT_TRUE(p.platform.Window().bUnloaded);
   EXPECT_FALSE(p.platform.Window().bVisible);
 }
@@ -113,8 +134,10 @@ TEST_F(StartupTest, WithoutAJoystickItSaysSoAndEnds) {
   const std::string sBox =
       "MsgBox Could not open virtual joystick device\r\nSchluss | 64 | Virtual Joystick Error";
   p.platform.device.bPresent = false;
-  EXPECT_THAT(Load(), ElementsAre("PrevInstance", "xml.load C:\\Games\\Quillorbit.setup",
-                                  sDeviceTest, sBox, "frmMain.Unload", "sckUDP.Close", "End"));
+  const Lines lines = Load();
+  EXPECT_THAT(Lines(lines.end() - 5, lines.end()),
+              ElementsAre(sDeviceTest, sBox, "frmMain.Unload", "sckUDP.Close", "End"));
+  EXPECT_EQ(p.platform.toolkit.pTray, nullptr);
 
   Program inUse;
   inUse.platform.device.bInUse = true;

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "core/program.h"
@@ -31,7 +32,13 @@ TEST_F(StatusTest, LostSignalCentresTheStickOnceAndShowsIt) {
   ArriveTimes(1);
   p.Take();
   p.platform.tmrCheck().Elapse();
-  Lines expected = {"frmMain.Caption = Quillorbit - No signal", Report(sCentred)};
+  Lines expected = IconCalls("ERROR", 300);
+  for (const std::string& sCall :
+       {std::string("Shell_NotifyIconW 1, 936, 1002, 116, balloon Quillorbit: No signal, 2, 0"),
+        std::string("frmMain.Caption = Quillorbit - No signal"),
+        std::string("Shell_NotifyIconW 1, 936, 1002, 116, tip Quillorbit - No signal"),
+        Report(sCentred)})
+    expected.push_back(sCall);
   for (int i = 0; i < 16; ++i)
     expected.push_back("lblButton" + std::to_string(i) + ".BackColor = 16777215");
   const Lines readouts = Readouts("1 (0/s)", "100 (50)");
@@ -48,17 +55,26 @@ TEST_F(StatusTest, NextDatagramBringsTheSignalBackBeforeTheWatchdogRestarts) {
   p.platform.tmrCheck().Elapse();
   p.Hide();
   p.platform.Arrive({.x = 100});
-  EXPECT_EQ(p.Take(),
-            (Lines{Report("32 00 00 00 00 00 00 00 00 00 00 00"), "frmMain.Caption = Quillorbit",
-                   "timer0.Enabled = 0", "timer0.Enabled = 1"}));
+  Lines expected = IconCalls("OK", 200);
+  expected.insert(expected.begin(), Report("32 00 00 00 00 00 00 00 00 00 00 00"));
+  for (const char* sCall :
+       {"frmMain.Caption = Quillorbit", "Shell_NotifyIconW 1, 936, 1002, 116, tip Quillorbit",
+        "Shell_NotifyIconW 1, 936, 1002, 116, balloon Quillorbit: Mobile transmitting, 1, 0",
+        "timer0.Enabled = 0", "timer0.Enabled = 1"})
+    expected.push_back(sCall);
+  EXPECT_EQ(p.Take(), expected);
   p.platform.Window().Paint();  // with a signal the next datagram redraws
   EXPECT_EQ(p.Take(), Lines{});
 }
 
 TEST_F(StatusTest, LostSignalCentresTheStickWhateverElseFails) {
-  p.platform.log.FailAt(1);  // the caption
-  p.platform.tmrCheck().Elapse();
-  EXPECT_EQ(p.Take().at(1), Report(sCentred));
+  for (const std::size_t nFailing : {1U, 6U, 7U, 8U}) {  // icon, balloon, caption, tip
+    Program program;
+    program.Start();
+    program.platform.log.FailAt(nFailing);
+    program.platform.tmrCheck().Elapse();
+    EXPECT_THAT(program.Take(), testing::Contains(Report(sCentred)));
+  }
 }
 
 TEST_F(StatusTest, RateIsTheCountsDistanceBetweenTicks) {

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "fakes/controls.h"
+#include "fakes/menu.h"
 #include "fakes/timer.h"
 #include "platform/form.h"
 
@@ -11,14 +13,19 @@ namespace quillorbit::fakes {
 
 class FakeForm : public FakeContainer<platform::Form> {
  public:
-  FakeForm(CallLog& l, Registry& r, const platform::FormDesign& d)
+  FakeForm(CallLog& l, Registry& r, const platform::FormDesign& d, platform::WindowHandle hWnd,
+           platform::IconHandle hIcon)
       : FakeContainer(l, r),
         sName(d.sName),
         sCaption(d.sCaption),
         fScaleWidth(d.fScaleWidth),
-        fScaleHeight(d.fScaleHeight) {}
+        fScaleHeight(d.fScaleHeight),
+        sClass(d.sClass),
+        m_hWnd(hWnd),
+        m_hIcon(hIcon) {}
 
-  platform::WindowHandle hWnd() const override { return 0x500001; }
+  platform::WindowHandle hWnd() const override { return m_hWnd; }
+  platform::IconHandle Icon() const override { return m_hIcon; }
   std::string Caption() const override { return sCaption; }
   void Caption(std::string_view s) override {
     containerLog.Call(sName, ".Caption = ", s);
@@ -50,7 +57,18 @@ class FakeForm : public FakeContainer<platform::Form> {
     return timer;
   }
 
+  std::unique_ptr<platform::Menu> NewMenu(std::string_view) override {
+    return std::make_unique<FakeMenu>(containerLog, menuItems);
+  }
+  void PopupMenu(platform::Menu&, std::uint32_t lFlags, platform::MenuItem* pDefault) override {
+    const auto* pItem = dynamic_cast<FakeMenuItem*>(pDefault);
+    containerLog.Call(sName, ".PopupMenu ", lFlags, ", ",
+                      pItem == nullptr ? "no default" : pItem->sName);
+    if (whileMenuIsOpen) whileMenuIsOpen();
+  }
+
   void Unload() override {
+    if (bUnloaded) return;
     containerLog.Call(sName, ".Unload");
     Close(platform::UnloadReason::FormCode);
   }
@@ -59,11 +77,11 @@ class FakeForm : public FakeContainer<platform::Form> {
   void Close(platform::UnloadReason eReason) {
     if (bUnloaded) return;
     bool bCancel = false;
-    QueryUnload(bCancel, eReason);
+    if (QueryUnload) QueryUnload(bCancel, eReason);
     if (bCancel || bUnloaded) return;
     bUnloaded = true;
     bVisible = false;
-    Unloaded();
+    if (Unloaded) Unloaded();
   }
 
   const std::string sName;
@@ -72,7 +90,14 @@ class FakeForm : public FakeContainer<platform::Form> {
   bool bVisible = false;
   bool bUnloaded = false;
   platform::WindowState eState = platform::WindowState::Normal;
+  const std::string sClass;
   std::vector<FakeTimer*> timers;
+  std::vector<FakeMenuItem*> menuItems;
+  std::function<void()> whileMenuIsOpen;
+
+ private:
+  const platform::WindowHandle m_hWnd;
+  const platform::IconHandle m_hIcon;
 };
 
 }  // namespace quillorbit::fakes

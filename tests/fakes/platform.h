@@ -4,10 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "fakes/code_page.h"
 #include "fakes/device.h"
 #include "fakes/process.h"
 #include "fakes/resources.h"
+#include "fakes/shell.h"
 #include "fakes/toolkit.h"
+#include "fakes/top_level_windows.h"
 #include "fakes/udp_socket.h"
 #include "fakes/xml_document.h"
 #include "intake/MotionData.h"
@@ -21,15 +24,20 @@ struct FakePlatform {
   FakePlatform() { xml.store.texts["the stylesheet"] = std::make_shared<XmlTree>(); }
 
   CallLog log;
-  FakeToolkit toolkit{log};
+  FakeResources resources{log};
+  FakeToolkit toolkit{log, resources};
+  FakeShell shell{log};
+  FakeTopLevelWindows windows{log};
   FakeUdpSockets udpSockets{log};
   FakeDevice device{log};
   FakeXmlLibrary xml{log};
   FakeProcess process{log};
-  FakeResources resources;
-  platform::Platform services{toolkit, udpSockets, device, xml, process, resources};
+  FakeCodePage codePage;
+  platform::Platform services{toolkit, shell,   windows,   udpSockets, device,
+                              xml,     process, resources, codePage};
 
-  FakeForm& Window() { return *toolkit.pForm; }
+  FakeForm& Window() { return *toolkit.pMain; }
+  FakeForm& Tray() { return *toolkit.pTray; }
   FakeTimer& tmrCheck() { return *Window().timers.at(0); }
   FakeTimer& tmrCheck2() { return *Window().timers.at(1); }
   FakeUdpSocket& Socket() { return *udpSockets.pSocket; }

@@ -19,9 +19,19 @@ class FakeProcess : public platform::Process {
   std::string Path() const override { return "C:\\Games"; }
   std::string EXEName() const override { return "Quillorbit"; }
   char PathSeparator() const override { return '\\'; }
+  platform::ModuleHandle hInstance() const override { return 0x400000; }
+  std::uint32_t GetVersion() const override { return lVersion; }
+  platform::MutexHandle CreateMutexA(const void* pSecurityAttributes, bool bInitialOwner,
+                                     const char* sName) override {
+    m_log.Call("CreateMutexA ", pSecurityAttributes, ", ", bInitialOwner, ", ", sName);
+    return 0;
+  }
+  double Rnd() override { return dRnd; }
 
   bool bPrevInstance = false;
   std::string sCommand;
+  std::uint32_t lVersion = 5;  // 5.0 of the NT family
+  double dRnd = 0;
 
  private:
   CallLog& m_log;

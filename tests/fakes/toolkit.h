@@ -5,16 +5,19 @@
 #include <string>
 
 #include "fakes/form.h"
+#include "fakes/resources.h"
 #include "platform/toolkit.h"
 
 namespace quillorbit::fakes {
 
 class FakeToolkit : public platform::Toolkit {
  public:
-  explicit FakeToolkit(CallLog& log) : m_log(log) {}
+  FakeToolkit(CallLog& log, const FakeResources& resources) : m_log(log), m_resources(resources) {}
 
   std::unique_ptr<platform::Form> NewForm(const platform::FormDesign& d) override {
-    auto form = std::make_unique<FakeForm>(m_log, registry, d);
+    FakeForm*& pForm = d.sName == "frmMain" ? pMain : pTray;
+    auto form = std::make_unique<FakeForm>(m_log, registry, d, d.sName == "frmMain" ? 1001 : 1002,
+                                           m_resources.Icon(d.sIcon, 16));
     pForm = form.get();
     return form;
   }
@@ -29,12 +32,14 @@ class FakeToolkit : public platform::Toolkit {
   void End() override { m_log.Call("End"); }
 
   Registry registry;
-  FakeForm* pForm = nullptr;
+  FakeForm* pMain = nullptr;
+  FakeForm* pTray = nullptr;
   platform::MsgBoxAnswer eAnswer = platform::IDOK;
   std::function<void()> whileBoxIsOpen;
 
  private:
   CallLog& m_log;
+  const FakeResources& m_resources;
 };
 
 }  // namespace quillorbit::fakes

@@ -68,9 +68,11 @@ struct ToolkitTest : testing::Test {
   static inline int argc = 1;
   static inline char sProgram[] = "toolkit_test";
   static inline char* argv[] = {sProgram, nullptr};
-  linux_adapter::LinuxToolkit toolkit{argc, argv};
+  linux_adapter::LinuxResources resources;
+  linux_adapter::LinuxToolkit toolkit{argc, argv, resources};
 
-  std::unique_ptr<platform::Form> form = toolkit.NewForm({"form", "Form", 6000, 1500, font});
+  std::unique_ptr<platform::Form> form =
+      toolkit.NewForm({"form", "FormClass", "Form", nullptr, 6000, 1500, font});
   std::unique_ptr<platform::CheckBox> check = form->NewCheckBox(Design("check", 4500, 900, 3), "C");
   std::unique_ptr<platform::TextBox> box = form->NewTextBox(Design("box", 150, 1500, 1), "5000");
   std::unique_ptr<platform::Slider> slider = form->NewSlider(Design("slider", 1800, 2400, 2));

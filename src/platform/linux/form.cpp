@@ -8,6 +8,7 @@
 #include <QCloseEvent>
 #include <QWindow>
 
+#include "platform/linux/menu.h"
 #include "platform/linux/timer.h"
 
 namespace quillorbit::linux_adapter {
@@ -101,12 +102,16 @@ class LinuxForm::Window final : public QWidget {
   std::optional<QSize> m_outerSize;  ///< wanted, until the frame has been taken off
 };
 
-LinuxForm::LinuxForm(const platform::FormDesign& design, std::function<void(LinuxForm&)> onUnloaded)
-    : m_window(std::make_unique<Window>(*this)), m_onUnloaded(std::move(onUnloaded)) {
+LinuxForm::LinuxForm(const platform::FormDesign& design, platform::IconHandle hIcon,
+                     std::function<void(LinuxForm&)> onUnloaded)
+    : m_window(std::make_unique<Window>(*this)),
+      m_hIcon(hIcon),
+      m_onUnloaded(std::move(onUnloaded)) {
   m_window->setObjectName(ToQString(design.sName));
   m_window->setWindowTitle(ToQString(design.sCaption));
   m_window->setFont(ToQFont(design.font));
   m_window->resize(ToPixels(design.fScaleWidth), ToPixels(design.fScaleHeight));
+  MarkWindow(hWnd(), design.sClass);
 }
 
 LinuxForm::~LinuxForm() { m_bUnloaded = true; }
@@ -129,6 +134,43 @@ void LinuxForm::Show() {
   for (std::size_t i = 1; i < stops.size(); ++i) QWidget::setTabOrder(stops[i - 1], stops[i]);
   if (m_window->focusWidget() == nullptr && !stops.empty()) stops.front()->setFocus();
   m_window->show();
+  // How a program's first window comes up is the window manager's affair.
+  if (std::exchange(m_bShownBefore, true)) BringToFront();
+}
+
+void LinuxForm::BringToFront() {
+  m_window->raise();
+  m_window->activateWindow();
+  ActivateWindow(hWnd());
+}
+
+void LinuxForm::Obey(WindowCommand eCommand) {
+  if (m_bUnloaded) return;
+  switch (eCommand) {
+    case WindowCommand::Restore:
+      return WindowState(platform::WindowState::Normal);
+    case WindowCommand::Show:
+      return Show();
+    case WindowCommand::Foreground:
+      return BringToFront();
+  }
+}
+
+void LinuxForm::SetLargeIcon(const QPixmap& image) {
+  m_largeIcon = image;
+  ShowIcons();
+}
+
+void LinuxForm::SetSmallIcon(const QPixmap& image) {
+  m_smallIcon = image;
+  ShowIcons();
+}
+
+void LinuxForm::ShowIcons() {
+  QIcon icon;
+  for (const QPixmap& image : {m_smallIcon, m_largeIcon})
+    if (!image.isNull()) icon.addPixmap(image);
+  m_window->setWindowIcon(icon);
 }
 
 void LinuxForm::Hide() { m_window->hide(); }
@@ -159,6 +201,17 @@ float LinuxForm::ScaleHeight() const { return ToTwips(m_window->height()); }
 
 std::unique_ptr<platform::Timer> LinuxForm::NewTimer(int iInterval, bool bEnabled) {
   return std::make_unique<LinuxTimer>(m_bUnloaded, iInterval, bEnabled);
+}
+
+std::unique_ptr<platform::Menu> LinuxForm::NewMenu(std::string_view sCaption) {
+  auto menu = std::make_unique<LinuxMenu>(sCaption);
+  m_menu = menu->Widget();
+  return menu;
+}
+
+void LinuxForm::PopupMenu(platform::Menu& menu, std::uint32_t /*lFlags*/,
+                          platform::MenuItem* pDefaultItem) {
+  if (!m_bUnloaded) static_cast<LinuxMenu&>(menu).Popup(pDefaultItem);
 }
 
 void LinuxForm::RequestUnload(platform::UnloadReason eReason) {

@@ -4,10 +4,13 @@
 #include <exception>
 
 #include "app/frmMain.h"
+#include "platform/linux/code_page.h"
 #include "platform/linux/device.h"
 #include "platform/linux/process.h"
 #include "platform/linux/resources.h"
+#include "platform/linux/shell.h"
 #include "platform/linux/toolkit.h"
+#include "platform/linux/top_level_windows.h"
 #include "platform/linux/udp_socket.h"
 #include "platform/linux/xml_document.h"
 
@@ -15,12 +18,17 @@ int main(int argc, char** argv) {
   using namespace quillorbit;
   try {
     linux_adapter::LinuxProcess process(argc, argv);  // before the toolkit takes its arguments out
-    linux_adapter::LinuxToolkit toolkit(argc, argv);
+    linux_adapter::LinuxResources resources;
+    linux_adapter::LinuxToolkit toolkit(argc, argv, resources);
+    linux_adapter::LinuxShell shell(toolkit, resources);
+    linux_adapter::LinuxTopLevelWindows windows(
+        [&toolkit](auto... icon) { toolkit.SetIcon(icon...); });
     linux_adapter::LinuxUdpSockets udpSockets;
     linux_adapter::LinuxDevice device;
     linux_adapter::LinuxXmlLibrary xml;
-    linux_adapter::LinuxResources resources;
-    platform::Platform platform{toolkit, udpSockets, device, xml, process, resources};
+    linux_adapter::LinuxCodePage codePage;
+    platform::Platform platform{toolkit, shell,   windows,   udpSockets, device,
+                                xml,     process, resources, codePage};
 
     frmMain main(platform);
     main.Form_Load();

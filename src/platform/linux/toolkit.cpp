@@ -16,6 +16,7 @@
 
 #include "platform/linux/form.h"
 #include "platform/linux/units.h"
+#include "platform/top_level_windows.h"
 
 namespace quillorbit::linux_adapter {
 namespace {
@@ -52,7 +53,12 @@ int& Prepare(int& argc) {
 
 }  // namespace
 
-LinuxToolkit::LinuxToolkit(int& argc, char** argv) : m_application(Prepare(argc), argv) {
+LinuxToolkit::LinuxToolkit(int& argc, char** argv, LinuxResources& resources)
+    : m_resources(resources),
+      m_application(Prepare(argc), argv),
+      m_windowCommands([this](platform::WindowHandle hWnd, WindowCommand eCommand) {
+        if (LinuxForm* const pForm = FormOf(hWnd)) pForm->Obey(eCommand);
+      }) {
   QApplication::setQuitOnLastWindowClosed(false);
   // The rows of the panel are as high as designed: a style of the desktop's could need more.
   QApplication::setStyle("Fusion");
@@ -81,7 +87,14 @@ void LinuxToolkit::EndOfSession() {
 }
 
 std::unique_ptr<platform::Form> LinuxToolkit::NewForm(const platform::FormDesign& design) {
-  auto form = std::make_unique<LinuxForm>(design, [this](LinuxForm& unloaded) {
+  const platform::IconHandle hIcon =
+      design.sIcon == nullptr
+          ? 0
+          : m_resources.LoadImageA(0, design.sIcon, platform::IMAGE_ICON,
+                                   m_resources.GetSystemMetrics(platform::SM_CXSMICON),
+                                   m_resources.GetSystemMetrics(platform::SM_CYSMICON),
+                                   platform::LR_SHARED);
+  auto form = std::make_unique<LinuxForm>(design, hIcon, [this](LinuxForm& unloaded) {
     m_loadedForms.erase(&unloaded);
     if (m_loadedForms.empty()) End();
   });
@@ -106,6 +119,23 @@ platform::MsgBoxAnswer LinuxToolkit::MsgBox(std::string_view sPrompt, std::uint3
   const int iButton = box.exec();
   if (!bChoice) return platform::IDOK;
   return iButton == QMessageBox::Yes ? platform::IDYES : platform::IDNO;
+}
+
+LinuxForm* LinuxToolkit::FormOf(platform::WindowHandle hWnd) const {
+  for (LinuxForm* const pForm : m_loadedForms)
+    if (pForm->hWnd() == hWnd) return pForm;
+  return nullptr;
+}
+
+void LinuxToolkit::SetIcon(platform::WindowHandle hWnd, std::uint32_t lKind,
+                           platform::IconHandle hIcon) {
+  LinuxForm* const pForm = FormOf(hWnd);
+  if (pForm == nullptr) return;
+  const QPixmap image = QPixmap::fromImage(m_resources.Image(hIcon));
+  if (lKind == platform::ICON_BIG)
+    pForm->SetLargeIcon(image);
+  else
+    pForm->SetSmallIcon(image);
 }
 
 void LinuxToolkit::Beep() { QApplication::beep(); }

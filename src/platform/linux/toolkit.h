@@ -7,6 +7,8 @@
 #include <QSocketNotifier>
 
 #include "platform/linux/file_descriptor.h"
+#include "platform/linux/resources.h"
+#include "platform/linux/window_commands.h"
 #include "platform/toolkit.h"
 
 namespace quillorbit::linux_adapter {
@@ -18,9 +20,9 @@ class LinuxForm;
 /// session does, and end the program.
 class LinuxToolkit final : public platform::Toolkit {
  public:
-  /// Takes what main() was given. Throws std::runtime_error, in words for the user, when there is
-  /// no display to open a window on.
-  LinuxToolkit(int& argc, char** argv);
+  /// Takes what main() was given, and the resources that its windows' icons come from. Throws
+  /// std::runtime_error, in words for the user, when there is no display to open a window on.
+  LinuxToolkit(int& argc, char** argv, LinuxResources& resources);
   ~LinuxToolkit() override;
 
   [[nodiscard]] std::unique_ptr<platform::Form> NewForm(
@@ -31,14 +33,21 @@ class LinuxToolkit final : public platform::Toolkit {
   int Run() override;
   void End() override;
 
+  /// The loaded form of that handle; null when it is another program's window, or gone.
+  [[nodiscard]] LinuxForm* FormOf(platform::WindowHandle hWnd) const;
+  /// WM_SETICON for a form: the kind and the icon's handle.
+  void SetIcon(platform::WindowHandle hWnd, std::uint32_t lKind, platform::IconHandle hIcon);
+
  private:
   void ConnectSignals();
   void EndOfSession();
 
+  LinuxResources& m_resources;
   QApplication m_application;
   FileDescriptor m_signals;
   std::unique_ptr<QSocketNotifier> m_signalNotifier;
   std::set<LinuxForm*> m_loadedForms;
+  WindowCommands m_windowCommands;
   bool m_bEnded = false;
 };
 

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quillorbit::platform {
+
+/// The system's ANSI code page. What cannot be converted becomes the target's replacement
+/// character.
+class CodePage {
+ public:
+  virtual ~CodePage() = default;
+
+  [[nodiscard]] virtual std::string WideCharToMultiByte(std::u16string_view sText) const = 0;
+  [[nodiscard]] virtual std::u16string MultiByteToWideChar(std::string_view sText) const = 0;
+};
+
+}  // namespace quillorbit::platform

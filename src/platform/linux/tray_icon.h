@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include <QIcon>
+#include <QMenu>
+#include <QPointer>
+#include <QString>
+#include <QSystemTrayIcon>
+
+#include "platform/linux/notifications.h"
+#include "platform/linux/session_bus.h"
+#include "platform/linux/tray_area.h"
+
+namespace quillorbit::linux_adapter {
+
+/// One icon in the notification area, with its tip and balloons, there whenever the desktop has
+/// such an area. What happens to it is told in the platform's notification codes.
+class TrayIcon final : public QObject {
+ public:
+  using Tell = std::function<void(std::uint32_t lCode)>;
+
+  /// A host that shows menus itself is given the menu.
+  TrayIcon(SessionBus& bus, TrayArea& area, QMenu* pMenu, Tell tell);
+
+  void SetIcon(const QIcon& icon);
+  void SetTip(const QString& sTip);
+  void ShowBalloon(const Balloon& balloon) { m_notifications.Show(balloon); }
+  /// Takes it away for good.
+  void Remove();
+
+ private:
+  void Appear();
+  void Activated(QSystemTrayIcon::ActivationReason eReason);
+  void MessageClicked();
+  void ShowBesideIcon(const Balloon& balloon);
+
+  TrayArea& m_area;
+  QPointer<QMenu> m_menu;
+  Tell m_tell;
+  Notifications m_notifications;
+  QIcon m_image;
+  QString m_sTip;
+  std::unique_ptr<QSystemTrayIcon> m_icon;  ///< none while there is no notification area
+};
+
+}  // namespace quillorbit::linux_adapter

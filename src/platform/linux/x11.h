@@ -1,0 +1,41 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+#include <xcb/xcb.h>
+
+namespace quillorbit::linux_adapter::x11 {
+
+struct Free {
+  void operator()(void* pReply) const { std::free(pReply); }
+};
+/// A server's answer; empty when it was an error, or the connection is broken.
+template <class T>
+using Reply = std::unique_ptr<T, Free>;
+
+/// The toolkit's own connection: what is asked there stands in line with what the toolkit asks.
+/// Null when its display is not an X server.
+[[nodiscard]] xcb_connection_t* ToolkitConnection();
+
+/// 0 on a broken connection.
+[[nodiscard]] xcb_atom_t InternAtom(xcb_connection_t* pConnection, std::string_view sName);
+
+/// Waits until a checked request has reached the server; false when the server refused it.
+bool Succeeds(xcb_connection_t* pConnection, xcb_void_cookie_t request);
+
+using MessageData = std::array<std::uint32_t, 5>;
+/// Sends a ClientMessage about a window to a destination: to those who have selected the events of
+/// the mask there, or for no mask to the program that made it. It has reached the server on return;
+/// false when there is no such destination.
+bool SendClientMessage(xcb_connection_t* pConnection, xcb_window_t destination, std::uint32_t mask,
+                       xcb_window_t window, xcb_atom_t type, const MessageData& data);
+
+/// Asks the window manager to bring a window to the front, in the user's name: window managers
+/// refuse that to programs that take the focus on their own. False when there is no such window.
+bool RequestActivation(xcb_connection_t* pConnection, xcb_window_t window);
+
+}  // namespace quillorbit::linux_adapter::x11
