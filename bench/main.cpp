@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
     quillorbit::bench::Handler();
     quillorbit::bench::Latency();
     quillorbit::bench::Window();
+    quillorbit::bench::Idle();
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "quillorbit-bench: %s\n", failure.what());
     return 1;

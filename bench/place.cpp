@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <QProcessEnvironment>
+#include <QThread>
 
 namespace quillorbit::bench {
 namespace {
@@ -44,6 +45,14 @@ void Place::Prepare(QProcess& process) const {
   environment.insert("XDG_RUNTIME_DIR", m_folder.path());
   process.setProcessEnvironment(environment);
   process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+}
+
+void Place::StartDriver(QProcess& driver) const {
+  Prepare(driver);
+  driver.setProcessChannelMode(QProcess::SeparateChannels);
+  driver.start(Built("quillorbit-driver"), {"--record", "/dev/null"});
+  if (!driver.waitForStarted()) throw std::runtime_error("quillorbit-driver does not start");
+  while (!QFile::exists(Socket())) QThread::msleep(10);
 }
 
 void End(QProcess& process) {

@@ -20,6 +20,8 @@ class Place {
   [[nodiscard]] static QString Built(const QString& sName);
   /// Gives a process this place's runtime folder.
   void Prepare(QProcess& process) const;
+  /// Starts the driver of this place and waits for its socket.
+  void StartDriver(QProcess& driver) const;
 
  private:
   QTemporaryDir m_folder;

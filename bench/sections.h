@@ -10,5 +10,7 @@ void Handler();
 void Latency();
 /// Start to the window on the screen, and memory, beside an empty program of the same toolkit.
 void Window();
+/// Wake-ups and processor time of the hidden program, beside an empty one and a bare loop.
+void Idle();
 
 }  // namespace quillorbit::bench

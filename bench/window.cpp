@@ -102,11 +102,7 @@ double Median(const std::vector<Start>& starts, double Start::*field) {
 void Window() {
   Place place;
   QProcess driver;
-  place.Prepare(driver);
-  driver.setProcessChannelMode(QProcess::SeparateChannels);
-  driver.start(Place::Built("quillorbit-driver"), {"--record", "/dev/null"});
-  if (!driver.waitForStarted()) throw std::runtime_error("quillorbit-driver does not start");
-  while (!QFile::exists(place.Socket())) QThread::msleep(10);
+  place.StartDriver(driver);
 
   Screen screen;
   std::vector<Start> empty, program;

@@ -33,18 +33,56 @@ TrayIcon::TrayIcon(SessionBus& bus, TrayArea& area, QMenu* pMenu, Tell tell)
     : m_area(area),
       m_menu(pMenu),
       m_tell(std::move(tell)),
-      m_notifications(bus, {.Shown = [this] { m_tell(NIN_BALLOONSHOW); },
-                            .Hidden = [this] { m_tell(NIN_BALLOONHIDE); },
-                            .TimedOut = [this] { m_tell(NIN_BALLOONTIMEOUT); },
-                            .Clicked = [this] { m_tell(NIN_BALLOONUSERCLICK); },
+      m_notifications(bus, {.Shown = [this] { TellCode(NIN_BALLOONSHOW); },
+                            .Hidden = [this] { TellCode(NIN_BALLOONHIDE); },
+                            .TimedOut = [this] { TellCode(NIN_BALLOONTIMEOUT); },
+                            .Clicked = [this] { TellCode(NIN_BALLOONUSERCLICK); },
                             .NoService = [this](const Balloon& b) { ShowBesideIcon(b); }}) {
-  // Queued: a new icon settles the toolkit's way, and the old one may be telling something.
-  QObject::connect(&area, &TrayArea::Changed, this, &TrayIcon::Appear, Qt::QueuedConnection);
+  QObject::connect(&area, &TrayArea::Changed, this, [this] {
+    Disappear();
+    RequestUpdate();
+  });
+}
+
+void TrayIcon::SetIcon(const QIcon& icon) {
+  m_image = icon;
+  RequestUpdate();
+}
+
+void TrayIcon::SetTip(const QString& sTip) {
+  m_sTip = sTip;
+  RequestUpdate();
+}
+
+void TrayIcon::ShowBalloon(const Balloon& balloon) {
+  m_balloon = balloon;
+  RequestUpdate();
+}
+
+void TrayIcon::Remove() {
+  m_bRemoved = true;
+  m_notifications.Close();
+  Disappear();
+}
+
+void TrayIcon::RequestUpdate() {
+  if (!std::exchange(m_bUpdateRequested, true))
+    QMetaObject::invokeMethod(this, &TrayIcon::Update, Qt::QueuedConnection);
+}
+
+void TrayIcon::Update() {
+  m_bUpdateRequested = false;
+  if (m_bRemoved) return;
+  if (!m_icon && m_area.PresentKind() != TrayArea::Kind::None) {
+    Appear();
+  } else if (m_icon) {
+    m_icon->setIcon(m_image);
+    m_icon->setToolTip(m_sTip);
+  }
+  if (m_balloon) m_notifications.Show(*std::exchange(m_balloon, std::nullopt));
 }
 
 void TrayIcon::Appear() {
-  m_icon.reset();
-  if (m_area.PresentKind() == TrayArea::Kind::None || m_image.isNull()) return;
   m_icon = std::make_unique<QSystemTrayIcon>(m_image);
   m_icon->setToolTip(m_sTip);
   // An embedded icon would show the menu itself, before it has told of the click.
@@ -54,31 +92,21 @@ void TrayIcon::Appear() {
   m_icon->show();
 }
 
-void TrayIcon::SetIcon(const QIcon& icon) {
-  m_image = icon;
-  if (m_icon && !icon.isNull())
-    m_icon->setIcon(icon);
-  else
-    Appear();
+void TrayIcon::Disappear() {
+  if (!m_icon) return;
+  m_icon->hide();
+  m_gone.push_back(std::move(m_icon));
 }
 
-void TrayIcon::SetTip(const QString& sTip) {
-  m_sTip = sTip;
-  if (m_icon) m_icon->setToolTip(sTip);
-}
-
-void TrayIcon::Remove() {
-  m_notifications.Close();
-  m_tell = [](std::uint32_t) {};
-  QObject::disconnect(&m_area, nullptr, this, nullptr);
-  if (m_icon) m_icon->hide();
+void TrayIcon::TellCode(std::uint32_t lCode) const {
+  if (!m_bRemoved) m_tell(lCode);
 }
 
 /// The toolkit tells of a whole click at once, here of its press.
 void TrayIcon::Activated(QSystemTrayIcon::ActivationReason eReason) {
   const auto tellClick = [this](std::uint32_t lPress, std::uint32_t lRelease) {
-    m_tell(lPress);
-    m_tell(lRelease);
+    TellCode(lPress);
+    TellCode(lRelease);
   };
   switch (eReason) {
     case QSystemTrayIcon::Trigger:
@@ -97,7 +125,8 @@ void TrayIcon::Activated(QSystemTrayIcon::ActivationReason eReason) {
 /// While a balloon stands beside the icon, the toolkit takes a press on the icon for one on the
 /// balloon.
 void TrayIcon::MessageClicked() {
-  if (!m_icon->geometry().contains(QCursor::pos())) return m_tell(NIN_BALLOONUSERCLICK);
+  if (!m_icon || !m_icon->geometry().contains(QCursor::pos()))
+    return TellCode(NIN_BALLOONUSERCLICK);
   Activated(QGuiApplication::mouseButtons().testFlag(Qt::RightButton) ? QSystemTrayIcon::Context
                                                                       : QSystemTrayIcon::Trigger);
 }
@@ -106,7 +135,7 @@ void TrayIcon::ShowBesideIcon(const Balloon& balloon) {
   if (!m_icon || m_area.PresentKind() != TrayArea::Kind::XEmbed) return;
   m_icon->showMessage(balloon.sTitle, balloon.sText, MessageIcon(balloon.lIcon),
                       balloon.lTimeout == 0 ? nBalloonTime : static_cast<int>(balloon.lTimeout));
-  m_tell(NIN_BALLOONSHOW);
+  TellCode(NIN_BALLOONSHOW);
 }
 
 }  // namespace quillorbit::linux_adapter

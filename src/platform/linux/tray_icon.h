@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <vector>
 
 #include <QIcon>
 #include <QMenu>
@@ -17,7 +19,9 @@
 namespace quillorbit::linux_adapter {
 
 /// One icon in the notification area, with its tip and balloons, there whenever the desktop has
-/// such an area. What happens to it is told in the platform's notification codes.
+/// such an area. What it is given it shows when the events that wait have been handled, so that a
+/// datagram's handling waits for nothing. What happens to it is told in the platform's notification
+/// codes.
 class TrayIcon final : public QObject {
  public:
   using Tell = std::function<void(std::uint32_t lCode)>;
@@ -27,12 +31,16 @@ class TrayIcon final : public QObject {
 
   void SetIcon(const QIcon& icon);
   void SetTip(const QString& sTip);
-  void ShowBalloon(const Balloon& balloon) { m_notifications.Show(balloon); }
-  /// Takes it away for good.
+  void ShowBalloon(const Balloon& balloon);
+  /// Takes it away for good: nothing more is told. The object has to stay while it tells something.
   void Remove();
 
  private:
+  void RequestUpdate();
+  void Update();
   void Appear();
+  void Disappear();
+  void TellCode(std::uint32_t lCode) const;
   void Activated(QSystemTrayIcon::ActivationReason eReason);
   void MessageClicked();
   void ShowBesideIcon(const Balloon& balloon);
@@ -43,7 +51,11 @@ class TrayIcon final : public QObject {
   Notifications m_notifications;
   QIcon m_image;
   QString m_sTip;
-  std::unique_ptr<QSystemTrayIcon> m_icon;  ///< none while there is no notification area
+  std::optional<Balloon> m_balloon;  ///< to be shown
+  bool m_bUpdateRequested = false;
+  bool m_bRemoved = false;
+  std::unique_ptr<QSystemTrayIcon> m_icon;               ///< none while there is no area
+  std::vector<std::unique_ptr<QSystemTrayIcon>> m_gone;  ///< one may be telling something
 };
 
 }  // namespace quillorbit::linux_adapter
