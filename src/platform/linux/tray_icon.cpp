@@ -39,7 +39,7 @@ TrayIcon::TrayIcon(SessionBus& bus, TrayArea& area, QMenu* pMenu, Tell tell)
                             .Clicked = [this] { TellCode(NIN_BALLOONUSERCLICK); },
                             .NoService = [this](const Balloon& b) { ShowBesideIcon(b); }}) {
   QObject::connect(&area, &TrayArea::Changed, this, [this] {
-    Disappear();
+    m_icon.reset();
     RequestUpdate();
   });
 }
@@ -62,7 +62,7 @@ void TrayIcon::ShowBalloon(const Balloon& balloon) {
 void TrayIcon::Remove() {
   m_bRemoved = true;
   m_notifications.Close();
-  Disappear();
+  m_icon.reset();
 }
 
 void TrayIcon::RequestUpdate() {
@@ -92,14 +92,13 @@ void TrayIcon::Appear() {
   m_icon->show();
 }
 
-void TrayIcon::Disappear() {
-  if (!m_icon) return;
-  m_icon->hide();
-  m_gone.push_back(std::move(m_icon));
-}
-
-void TrayIcon::TellCode(std::uint32_t lCode) const {
-  if (!m_bRemoved) m_tell(lCode);
+/// From the event loop: the owner may open a menu and wait, and meanwhile the toolkit destroys the
+/// balloon whose click it is still telling of.
+void TrayIcon::TellCode(std::uint32_t lCode) {
+  const auto tell = [this, lCode] {
+    if (!m_bRemoved) m_tell(lCode);
+  };
+  QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 }
 
 /// The toolkit tells of a whole click at once, here of its press.

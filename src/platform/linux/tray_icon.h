@@ -4,7 +4,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <vector>
 
 #include <QIcon>
 #include <QMenu>
@@ -39,8 +38,7 @@ class TrayIcon final : public QObject {
   void RequestUpdate();
   void Update();
   void Appear();
-  void Disappear();
-  void TellCode(std::uint32_t lCode) const;
+  void TellCode(std::uint32_t lCode);
   void Activated(QSystemTrayIcon::ActivationReason eReason);
   void MessageClicked();
   void ShowBesideIcon(const Balloon& balloon);
@@ -54,8 +52,7 @@ class TrayIcon final : public QObject {
   std::optional<Balloon> m_balloon;  ///< to be shown
   bool m_bUpdateRequested = false;
   bool m_bRemoved = false;
-  std::unique_ptr<QSystemTrayIcon> m_icon;               ///< none while there is no area
-  std::vector<std::unique_ptr<QSystemTrayIcon>> m_gone;  ///< one may be telling something
+  std::unique_ptr<QSystemTrayIcon> m_icon;  ///< none while there is no area
 };
 
 }  // namespace quillorbit::linux_adapter
