@@ -4,29 +4,25 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <regex>
 #include <stdexcept>
 
 #include <netinet/in.h>
 #include <sys/socket.h>
+
+#include "e2e/screen.h"
 
 namespace quillorbit::test {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// What a command prints; empty when it fails.
-std::string Command(const std::string& sCommand) {
-  const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(sCommand.c_str(), "r"), &pclose);
-  std::string sOutput;
-  char buffer[256];
-  while (pipe && fgets(buffer, sizeof buffer, pipe.get()) != nullptr) sOutput += buffer;
-  return sOutput;
-}
-
+/// The identifier of the lowest visible window whose title matches; empty when there is none.
 std::string FirstWindow(const std::string& sTitle) {
-  const std::string sFound =
-      Command("xdotool search --onlyvisible --name '" + sTitle + "' 2>/dev/null");
-  return sFound.substr(0, sFound.find('\n'));
+  const std::regex title(sTitle);
+  for (const ScreenWindow& window : WindowsOnScreen())
+    if (std::regex_search(window.sTitle, title)) return std::to_string(window.nId);
+  return {};
 }
 
 /// The socket address of a port on every address of a family; its length is that of sockaddr_in6.
@@ -62,6 +58,7 @@ PortHolder::PortHolder(int nFamily, int nPort) : m_fd(socket(nFamily, SOCK_DGRAM
 }
 
 Desktop::Desktop() : m_nPort(FreePort()) {
+  setenv("DBUS_SESSION_BUS_ADDRESS", m_sBusAddress.c_str(), 1);
   const fs::path number = m_folder / "display";
   m_server = std::make_unique<ChildProcess>(
       m_folder, "sh",
@@ -123,6 +120,14 @@ void Desktop::EndProgram() {
   EXPECT_EQ(m_process->Wait(), 0) << m_process->Errors();
 }
 
+std::string Desktop::Command(const std::string& sCommand) {
+  const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(sCommand.c_str(), "r"), &pclose);
+  std::string sOutput;
+  char buffer[256];
+  while (pipe && fgets(buffer, sizeof buffer, pipe.get()) != nullptr) sOutput += buffer;
+  return sOutput;
+}
+
 bool Desktop::WindowAppears(const std::string& sTitle) {
   return Eventually([&] { return HasWindow(sTitle); });
 }
@@ -149,6 +154,17 @@ void Desktop::Answer(const std::string& sBox, const std::string& sKeys) {
 void Desktop::Minimise() {
   ASSERT_TRUE(WindowAppears(sMainWindow));
   Command("xdotool windowminimize " + FirstWindow(sMainWindow));
+}
+
+void Desktop::AskToClose() {
+  // The window manager takes its keys anew when the first artificial one changes the keyboard, and
+  // misses what comes in between.
+  bool bAsked = false;
+  for (int i = 0; i < 3 && !bAsked; ++i) {
+    Press("^Quillorbit - No signal$", "alt+F4");
+    bAsked = Eventually([] { return HasWindow("^Quillorbit$"); }, std::chrono::seconds(5));
+  }
+  ASSERT_TRUE(bAsked);
 }
 
 void Desktop::EnterPort(const std::string& sPort, const std::string& sKey) {

@@ -17,7 +17,8 @@
 namespace quillorbit::test {
 
 /// A desktop of its own for one test: an X server without a screen, a window manager, a runtime
-/// folder, the user-space driver, and a copy of the program in a folder of its own.
+/// folder, the user-space driver, and a copy of the program in a folder of its own. It has no tray,
+/// and nobody is at the address of its session bus.
 class Desktop : public testing::Test {
  protected:
   static constexpr const char* sMainWindow = "^Quillorbit( - No signal)?$";
@@ -38,6 +39,9 @@ class Desktop : public testing::Test {
   /// Ends the program as the end of the session does, and expects it to end in order.
   void EndProgram();
 
+  /// What a shell command prints; empty when it cannot be started.
+  static std::string Command(const std::string& sCommand);
+
   /// Waits for a visible window whose title matches; false when none comes.
   [[nodiscard]] static bool WindowAppears(const std::string& sTitle);
   [[nodiscard]] static bool HasWindow(const std::string& sTitle);
@@ -46,6 +50,8 @@ class Desktop : public testing::Test {
   /// Likewise in a box that the keys close: returns when it is gone.
   static void Answer(const std::string& sBox, const std::string& sKeys);
   static void Minimise();
+  /// Closes the window, whose title says that there is no signal, and waits for the question.
+  static void AskToClose();
   /// Puts a text into the port box, which has the focus, and presses another key.
   static void EnterPort(const std::string& sPort, const std::string& sKey);
   /// Clicks at a place of the window, in pixels from its lower left corner.
@@ -57,6 +63,7 @@ class Desktop : public testing::Test {
   [[nodiscard]] std::vector<JoystickReport> Reports() const;
 
   TemporaryFolder m_folder;
+  std::string m_sBusAddress = "unix:path=" + (m_folder / "bus").string();
   std::filesystem::path m_program = m_folder / "quillorbit";
   std::filesystem::path m_profile = m_folder / "quillorbit.setup";
   int m_nPort;

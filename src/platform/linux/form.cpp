@@ -139,6 +139,7 @@ void LinuxForm::Show() {
 }
 
 void LinuxForm::BringToFront() {
+  if (!m_window->isVisible()) return;
   m_window->raise();
   m_window->activateWindow();
   ActivateWindow(hWnd());

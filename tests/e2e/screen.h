@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quillorbit::test {
+
+/// A window with a title that stands on the screen. Windows that the toolkit makes without a title
+/// have the program's name instead.
+struct ScreenWindow {
+  std::uint32_t nId;
+  std::string sTitle;
+  std::string sType;  ///< the first of _NET_WM_WINDOW_TYPE
+  int x, y;           ///< from the screen's upper left corner, like the size in pixels
+  int nWidth, nHeight;
+};
+
+/// The windows of all programs, from the lowest to the topmost.
+[[nodiscard]] std::vector<ScreenWindow> WindowsOnScreen();
+
+/// The pixels of a window on top; empty when the window is gone.
+[[nodiscard]] std::string Picture(const ScreenWindow& window);
+
+}  // namespace quillorbit::test
