@@ -106,13 +106,15 @@ std::vector<ScreenWindow> WindowsOnScreen() {
   return windows;
 }
 
-std::string Picture(const ScreenWindow& window) {
+std::string PictureOfLowestThird(const ScreenWindow& window) {
   const Display display;
+  const auto nWidth = static_cast<std::uint16_t>(window.nWidth);
+  const auto nHeight = static_cast<std::uint16_t>(window.nHeight / 3);
+  const auto nTop = static_cast<std::int16_t>(window.nHeight - nHeight);
   const auto image =
       Own(xcb_get_image_reply(display.Get(),
                               xcb_get_image(display.Get(), XCB_IMAGE_FORMAT_Z_PIXMAP, window.nId, 0,
-                                            0, static_cast<std::uint16_t>(window.nWidth),
-                                            static_cast<std::uint16_t>(window.nHeight), ~0U),
+                                            nTop, nWidth, nHeight, ~0U),
                               nullptr));
   if (!image) return {};
   return {reinterpret_cast<const char*>(xcb_get_image_data(image.get())),

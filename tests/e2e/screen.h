@@ -19,7 +19,8 @@ struct ScreenWindow {
 /// The windows of all programs, from the lowest to the topmost.
 [[nodiscard]] std::vector<ScreenWindow> WindowsOnScreen();
 
-/// The pixels of a window on top; empty when the window is gone.
-[[nodiscard]] std::string Picture(const ScreenWindow& window);
+/// The pixels of the lowest third of a window, with those of windows above it; empty when it is
+/// gone.
+[[nodiscard]] std::string PictureOfLowestThird(const ScreenWindow& window);
 
 }  // namespace quillorbit::test

@@ -133,7 +133,7 @@ bool TrayDesktop::HasIcon() const {
 std::string TrayDesktop::Icon() const {
   if (m_eTray == Tray::Bus) return LastHeard("icon ");
   const auto icon = DockedIcon();
-  return icon ? Picture(*icon) : "";
+  return icon ? PictureOfLowestThird(*icon) : "";  // a balloon may cover the rest
 }
 
 std::string TrayDesktop::Tip() {

@@ -61,8 +61,8 @@ INSTANTIATE_TEST_SUITE_P(Tray, EachTray, testing::Values(Tray::Bus, Tray::Docked
 
 TEST_P(EachTray, ShowsWhetherThereIsASignal) {
   Start();
-  const std::string sLostIcon = Icon();
   const std::string sLostTip = Tip();
+  const std::string sLostIcon = Icon();
   for (std::size_t nBalloons = 2; nBalloons <= 4; nBalloons += 2) {
     auto transmission = Transmission();
     EXPECT_TRUE(BalloonsBecome(nBalloons));
@@ -110,6 +110,7 @@ TEST_P(HiddenWindow, ComesBackByAClick) {
   ASSERT_TRUE(BalloonsBecome(3));
   if (m_eTray != Tray::Docked) User("LetNotificationExpire");
   ExpectQuiet(500ms);
+  EXPECT_FALSE(HasWindow(sMainWindow));
   Send(motion);
   ASSERT_TRUE(BalloonsBecome(4));
   ClickBalloon();
@@ -147,9 +148,18 @@ TEST_P(EachTray, MenuThatIsLeftChangesNothingAndReturnChoosesToo) {
   Command("xdotool key Escape");
   ASSERT_TRUE(Eventually([] { return !Menu(); }));
   ExpectQuiet(500ms);  // and so the next click is no double click
+  EXPECT_FALSE(HasWindow(sMainWindow));
   ExpectServesDatagrams();
   OpenMenu();
   Command("xdotool key Down Return");
+  ExpectEnded();
+}
+
+TEST_P(EachTray, MenuQuitsWhileTheWindowAsksWhetherToQuit) {
+  Start();
+  AskToClose();
+  OpenMenu();
+  Command("xdotool key q");
   ExpectEnded();
 }
 
@@ -316,6 +326,19 @@ TEST_F(TrayTest, SilentNotificationDaemonCostsItsBalloonsOnly) {
   EXPECT_TRUE(Eventually([] { return IsInFront(); }, 2s));
   EndProgram();
   ExpectEnded();
+}
+
+TEST_F(TrayTest, HostThatHangsGetsItsIconWhenItIsBack) {
+  m_eTray = Tray::Bus;
+  StartBus();
+  StartHost({"--without-notifications"});
+  m_host->Signal(SIGSTOP);
+  StartAll();
+  ASSERT_TRUE(WindowAppears(sNoSignal));
+  ExpectServesDatagrams();
+  m_host->Signal(SIGCONT);
+  EXPECT_TRUE(Eventually([&] { return HasIcon(); }));
+  EndProgram();
 }
 
 TEST_F(TrayTest, StoppedProgramGoesOnWithoutAFloodOfBalloons) {

@@ -106,7 +106,8 @@ platform::MsgBoxAnswer LinuxToolkit::MsgBox(std::string_view sPrompt, std::uint3
                                             std::string_view sTitle) {
   const bool bChoice = (lFlags & platform::MB_YESNO) != 0;
   QMessageBox box(QApplication::activeWindow());
-  box.setTextFormat(Qt::PlainText);  // the text may come from a profile
+  box.setWindowModality(Qt::WindowModal);  // the tray goes on working
+  box.setTextFormat(Qt::PlainText);        // the text may come from a profile
   box.setText(ToQString(sPrompt));
   box.setWindowTitle(ToQString(sTitle));
   box.setIcon((lFlags & platform::MB_ICONQUESTION) != 0 ? QMessageBox::Question

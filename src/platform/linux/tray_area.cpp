@@ -1,13 +1,15 @@
 #include "platform/linux/tray_area.h"
 
 #include <cstdlib>
+#include <limits>
 #include <string>
 #include <utility>
 
 #include <QCoreApplication>
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <xcb/xcb.h>
 
 #include "platform/linux/x11.h"
@@ -15,7 +17,8 @@
 namespace quillorbit::linux_adapter {
 namespace {
 
-constexpr const char* sHostService = "org.kde.StatusNotifierWatcher";
+constexpr const char* sWatcher = "org.kde.StatusNotifierWatcher";
+constexpr const char* sWatcherPath = "/StatusNotifierWatcher";
 
 }  // namespace
 
@@ -32,43 +35,53 @@ TrayArea::TrayArea(SessionBus& bus) : m_bus(bus) {
     QCoreApplication::instance()->installNativeEventFilter(this);
   }
 
-  m_hosts.addWatchedService(sHostService);
-  m_hosts.setWatchMode(QDBusServiceWatcher::WatchForRegistration);
-  QObject::connect(&m_hosts, &QDBusServiceWatcher::serviceRegistered, this, [this] {
-    m_bHost = true;
-    Decide();
-  });
-  QObject::connect(&bus, &SessionBus::Connected, this, &TrayArea::LookForHost);
-  QObject::connect(&bus, &SessionBus::Lost, this, [this] {
-    m_bHost = false;
-    Decide();
-  });
-  if (bus.IsConnected()) {
-    m_hosts.setConnection(bus.Connection());
-    m_bHost = bus.Connection().interface()->isServiceRegistered(sHostService);
-  }
+  m_watchers.addWatchedService(sWatcher);
+  m_watchers.setWatchMode(QDBusServiceWatcher::WatchForRegistration);
+  QObject::connect(&m_watchers, &QDBusServiceWatcher::serviceRegistered, this,
+                   &TrayArea::AskForHost);
+  QObject::connect(&bus, &SessionBus::Connected, this, &TrayArea::Watch);
+  QObject::connect(&bus, &SessionBus::Lost, this, [this] { TakeAnswer(false); });
+  if (bus.IsConnected()) Watch();
   Decide();
 }
 
 TrayArea::~TrayArea() { QCoreApplication::instance()->removeNativeEventFilter(this); }
 
-void TrayArea::LookForHost() {
-  m_hosts.setConnection(m_bus.Connection());
-  QDBusMessage question = QDBusMessage::createMethodCall(
-      "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner");
-  question.setArguments({sHostService});
-  auto* const pWatcher = new QDBusPendingCallWatcher(m_bus.Connection().asyncCall(question), this);
-  QObject::connect(pWatcher, &QDBusPendingCallWatcher::finished, this, [this, pWatcher] {
-    pWatcher->deleteLater();
-    if (!pWatcher->reply().arguments().value(0).toBool()) return;
-    m_bHost = true;
-    Decide();
+void TrayArea::Watch() {
+  QDBusConnection connection = m_bus.Connection();
+  m_watchers.setConnection(connection);
+  connection.connect({}, sWatcherPath, sWatcher, "StatusNotifierHostRegistered", this,
+                     SLOT(AskForHost()));
+  AskForHost();
+}
+
+/// The toolkit puts the same question at its first icon and waits for the answer, so it has to come
+/// here first, however long it takes.
+void TrayArea::AskForHost() {
+  m_bAsking = true;
+  QDBusMessage question = QDBusMessage::createMethodCall(sWatcher, sWatcherPath,
+                                                         "org.freedesktop.DBus.Properties", "Get");
+  question.setArguments({sWatcher, "IsStatusNotifierHostRegistered"});
+  question.setAutoStartService(false);
+  constexpr int noTimeout = std::numeric_limits<int>::max();
+  auto* const pAnswer =
+      new QDBusPendingCallWatcher(m_bus.Connection().asyncCall(question, noTimeout), this);
+  QObject::connect(pAnswer, &QDBusPendingCallWatcher::finished, this, [this, pAnswer] {
+    pAnswer->deleteLater();
+    const QDBusPendingReply<QDBusVariant> reply = *pAnswer;
+    TakeAnswer(!reply.isError() && reply.value().variant().toBool());
   });
+}
+
+void TrayArea::TakeAnswer(bool bHost) {
+  m_bHost = bHost;
+  m_bAsking = false;
+  Decide();
 }
 
 void TrayArea::Decide() {
   if (m_eSettled == Kind::None && m_bHost) m_eSettled = Kind::StatusNotifier;
-  if (m_eSettled == Kind::None && m_bTray) m_eSettled = Kind::XEmbed;
+  if (m_eSettled == Kind::None && m_bTray && !m_bAsking) m_eSettled = Kind::XEmbed;
   const Kind eKind = m_eSettled == Kind::StatusNotifier && !m_bHost ? Kind::None : m_eSettled;
   if (eKind == std::exchange(m_eKind, eKind)) return;
   emit Changed();

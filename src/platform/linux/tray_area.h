@@ -27,14 +27,19 @@ class TrayArea final : public QObject, private QAbstractNativeEventFilter {
  signals:
   void Changed();
 
+ private slots:
+  void AskForHost();
+
  private:
-  void LookForHost();
+  void Watch();
+  void TakeAnswer(bool bHost);
   void Decide();
   bool nativeEventFilter(const QByteArray& eventType, void* pMessage, qintptr* pResult) override;
 
   SessionBus& m_bus;
-  QDBusServiceWatcher m_hosts;
+  QDBusServiceWatcher m_watchers;
   bool m_bHost = false;
+  bool m_bAsking = false;                        ///< whether there is one
   std::uint32_t m_manager = 0, m_selection = 0;  ///< atoms of a tray that announces itself
   bool m_bTray = false;
   Kind m_eKind = Kind::None;

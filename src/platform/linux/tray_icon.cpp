@@ -3,7 +3,6 @@
 #include <utility>
 
 #include <QCursor>
-#include <QGuiApplication>
 
 #include "platform/shell.h"
 
@@ -121,13 +120,9 @@ void TrayIcon::Activated(QSystemTrayIcon::ActivationReason eReason) {
   }
 }
 
-/// While a balloon stands beside the icon, the toolkit takes a press on the icon for one on the
-/// balloon.
+/// A press on the icon also comes here while a balloon stands beside it.
 void TrayIcon::MessageClicked() {
-  if (!m_icon || !m_icon->geometry().contains(QCursor::pos()))
-    return TellCode(NIN_BALLOONUSERCLICK);
-  Activated(QGuiApplication::mouseButtons().testFlag(Qt::RightButton) ? QSystemTrayIcon::Context
-                                                                      : QSystemTrayIcon::Trigger);
+  if (!m_icon->geometry().contains(QCursor::pos())) TellCode(NIN_BALLOONUSERCLICK);
 }
 
 void TrayIcon::ShowBesideIcon(const Balloon& balloon) {
