@@ -14,7 +14,7 @@ using testing::IsEmpty;
 
 constexpr std::uint32_t nt4 = 4, win2000 = 5, xp = 0x0105, nt3 = 3 | 51 << 8, vista = 6,
                         win95 = 0x80000004, win98 = 0x80000004 | 10 << 8, me = 0x80000004 | 90 << 8,
-                        win9x5 = 0x80000005 | 90 << 8;
+                        win9x5 = 0x80000005 | 90 << 8, afterMe = 0x80000004 | 91 << 8;
 
 /// The component alone, on a platform of a version.
 struct Tray {
@@ -46,8 +46,8 @@ TEST(TrayIcon, IsAddedOnceInTheFormOfThePlatform) {
   for (const Case& c :
        {Case{nt3, "W", "152", false}, Case{nt4, "W", "152", false}, Case{win2000, "W", "936", true},
         Case{xp, "W", "936", true}, Case{vista, "W", "936", true}, Case{win95, "A", "88", false},
-        Case{win98, "A", "88", false}, Case{me, "A", "488", true},
-        Case{win9x5, "A", "88", false}}) {
+        Case{win98, "A", "88", false}, Case{me, "A", "488", true}, Case{win9x5, "A", "88", false},
+        Case{afterMe, "A", "88", false}}) {
     SCOPED_TRACE(c.lVersion);
     Tray t(c.lVersion);
     EXPECT_THAT(t.Take(), IsEmpty());
@@ -88,6 +88,12 @@ TEST(TrayIcon, VersionIsSetInTheAddedRecordAndTheDescriptionIsTheFirstTip) {
   t.tray.ShowBalloonTip("m", "t", 1, 2.5);
   EXPECT_EQ(t.platform.shell.lastW.uTimeout, 2U);  // halves to even
   EXPECT_THROW(t.tray.ShowBalloonTip("m", "t", 1, 1e10), std::overflow_error);
+}
+
+TEST(TrayIcon, IconThatWasNeverAddedIsNotDeleted) {
+  Tray t;
+  t.tray.Unload();
+  EXPECT_THAT(t.Take(), ElementsAre("frmSysTray.Unload"));
 }
 
 TEST(TrayIcon, RefusedIconLeavesTheComponentWorking) {

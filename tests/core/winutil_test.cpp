@@ -93,6 +93,9 @@ TEST_F(WindowTest, SearchNeedsBothPatternsAndAVisibleWindow) {
   EXPECT_EQ(find.hWndFound(), 0U);
   EXPECT_TRUE(find.FindWindow());
   EXPECT_EQ(find.hWndFound(), 4U);
+  platform.windows.windows[3].bVisible = platform.windows.windows[4].bVisible = false;
+  EXPECT_FALSE(find.FindWindow());
+  EXPECT_EQ(find.hWndFound(), 0U);
   find.ClassToFind("Mixer");
   EXPECT_EQ(find.hWndFound(), 0U);
   EXPECT_FALSE(find.FindWindow());

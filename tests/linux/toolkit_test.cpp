@@ -286,6 +286,14 @@ TEST_F(ToolkitTest, TermSignalUnloadsAndEndsAlsoABoxThatWaits) {
   EXPECT_EQ(toolkit.Run(), 0);
 }
 
+TEST_F(ToolkitTest, EndOfTheSessionUnloadsAlsoAHiddenForm) {
+  Show();
+  form->Hide();
+  QTimer::singleShot(0, [&] { QCoreApplication::quit(); });
+  EXPECT_EQ(toolkit.Run(), 0);
+  EXPECT_EQ(reasons, std::vector{UnloadReason::AppWindows});
+}
+
 TEST_F(ToolkitTest, MessageBoxShowsPlainTextAndAnswers) {
   const auto answer = [&](std::function<void(QMessageBox&)> act, std::uint32_t lFlags) {
     QTimer::singleShot(

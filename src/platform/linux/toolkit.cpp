@@ -63,6 +63,9 @@ LinuxToolkit::LinuxToolkit(int& argc, char** argv, LinuxResources& resources)
   // The rows of the panel are as high as designed: a style of the desktop's could need more.
   QApplication::setStyle("Fusion");
   ConnectSignals();
+  // A session manager's end closes the visible windows and quits.
+  QObject::connect(&m_application, &QCoreApplication::aboutToQuit, &m_application,
+                   [this] { EndOfSession(); });
 }
 
 LinuxToolkit::~LinuxToolkit() = default;
