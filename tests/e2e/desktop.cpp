@@ -59,22 +59,6 @@ PortHolder::PortHolder(int nFamily, int nPort) : m_fd(socket(nFamily, SOCK_DGRAM
 
 Desktop::Desktop() : m_nPort(FreePort()) {
   setenv("DBUS_SESSION_BUS_ADDRESS", m_sBusAddress.c_str(), 1);
-  const fs::path number = m_folder / "display";
-  m_server = std::make_unique<ChildProcess>(
-      m_folder, "sh",
-      std::vector<std::string>{
-          "-c", "exec Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>" + number.string()});
-  if (!Eventually([&] { return ReadFile(number).ends_with('\n'); }))
-    throw std::runtime_error("Xvfb does not start");
-  const std::string sNumber = ReadFile(number);
-  setenv("DISPLAY", (":" + sNumber.substr(0, sNumber.size() - 1)).c_str(), 1);
-  // A window that comes while the window manager is starting is never shown.
-  const fs::path started = m_folder / "started";
-  m_windowManager = std::make_unique<ChildProcess>(
-      m_folder, "openbox", std::vector<std::string>{"--startup", "touch " + started.string()});
-  if (!Eventually([&] { return fs::exists(started); }))
-    throw std::runtime_error("openbox does not start");
-
   fs::copy_file(QUILLORBIT, m_program);
   WriteProfile("<quillorbit_profile><port>" + std::to_string(m_nPort) +
                "</port></quillorbit_profile>");

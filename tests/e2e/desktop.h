@@ -13,6 +13,7 @@
 #include "joystick/JoystickReport.h"
 #include "platform/linux/file_descriptor.h"
 #include "support/child_process.h"
+#include "support/virtual_display.h"
 
 namespace quillorbit::test {
 
@@ -71,8 +72,7 @@ class Desktop : public testing::Test {
   std::unique_ptr<ChildProcess> m_process;
 
  private:
-  std::unique_ptr<ChildProcess> m_server;
-  std::unique_ptr<ChildProcess> m_windowManager;
+  VirtualDisplay m_display{m_folder};
 };
 
 /// A UDP socket that holds a port, on one family of addresses alone.

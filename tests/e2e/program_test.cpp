@@ -33,7 +33,7 @@ TEST_F(ProgramTest, DatagramsReachTheDriverAndALostSignalCentresTheStick) {
 
 TEST_F(ProgramTest, DatagramsThatAreNoneAndRandomOnesDoNoHarm) {
   StartAll();
-  ASSERT_TRUE(WindowAppears("^Quillorbit - No signal$"));
+  ASSERT_TRUE(Eventually([&] { return !Reports().empty(); }));  // the signal is lost
   const std::size_t nBefore = Reports().size();
   const std::vector<std::byte> bytes(65507);
   for (const std::size_t nSize : {0U, 1U, 19U, 21U, 65507U})

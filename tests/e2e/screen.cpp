@@ -1,25 +1,20 @@
 #include "e2e/screen.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <memory>
 #include <span>
 #include <string_view>
 
-#include <xcb/xcb.h>
+#include "platform/linux/x11.h"
 
 namespace quillorbit::test {
 namespace {
 
-struct Free {
-  void operator()(void* pReply) const { std::free(pReply); }
-};
-template <class Reply>
-using Owned = std::unique_ptr<Reply, Free>;
+using linux_adapter::x11::Reply;
 
-template <class Reply>
-Owned<Reply> Own(Reply* pReply) {
-  return Owned<Reply>(pReply);
+template <class Answer>
+Reply<Answer> Own(Answer* pReply) {
+  return Reply<Answer>(pReply);
 }
 
 /// A connection of its own. A window that goes meanwhile has no replies.

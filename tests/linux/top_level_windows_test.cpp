@@ -1,9 +1,7 @@
 #include "platform/linux/top_level_windows.h"
 
 #include <algorithm>
-#include <csignal>
 #include <gtest/gtest.h>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -13,39 +11,23 @@
 #include "linux/support.h"
 #include "platform/linux/window_commands.h"
 #include "platform/linux/x11.h"
+#include "support/virtual_display.h"
 
 namespace quillorbit::linux_tests {
 namespace {
 
 using namespace linux_adapter;
 using platform::WindowHandle;
-using test::ChildProcess;
 using test::Eventually;
 using Handles = std::vector<WindowHandle>;
 
 /// Windows of a program, made on a connection of their own, on a desktop of their own.
 struct TopLevelWindowsTest : testing::Test {
   TopLevelWindowsTest() {
-    StartServer();
-    const auto started = folder / "started";
-    const std::vector<std::string> startup{"--startup", "touch " + started.string()};
-    manager.emplace(folder, "openbox", startup);
-    if (!Eventually([&] { return std::filesystem::exists(started); }))
-      throw std::runtime_error("openbox does not start");
     x = xcb_connect(nullptr, nullptr);
     root = xcb_setup_roots_iterator(xcb_get_setup(x)).data->root;
   }
   ~TopLevelWindowsTest() override { xcb_disconnect(x); }
-  void StartServer() {
-    const auto number = folder / "display";
-    const std::string sServer = "exec Xvfb -displayfd 3 -nolisten tcp 3>" + number.string();
-    server.emplace(folder, "sh", std::vector<std::string>{"-c", sServer});
-    if (!Eventually([&] { return ReadFile(number).ends_with('\n'); }))
-      throw std::runtime_error("Xvfb does not start");
-    const std::string sNumber = ReadFile(number);
-    setenv("DISPLAY", (":" + sNumber.substr(0, sNumber.size() - 1)).c_str(), 1);
-  }
-
   [[nodiscard]] xcb_atom_t Atom(const char* sName) const { return x11::InternAtom(x, sName); }
   void Sync() const { x11::Succeeds(x, xcb_no_operation_checked(x)); }
   void Set(WindowHandle window, const char* sProperty, const char* sType, std::string_view sText,
@@ -146,7 +128,7 @@ struct TopLevelWindowsTest : testing::Test {
   }
 
   TemporaryRuntimeFolder folder;
-  std::optional<ChildProcess> server, manager;
+  test::VirtualDisplay display{folder};
   xcb_connection_t* x = nullptr;
   WindowHandle root = 0;
   std::vector<std::array<std::uint32_t, 3>> icons;
@@ -298,16 +280,13 @@ TEST_F(TopLevelWindowsTest, AMarkedWindowIsCommandedAndNotTouched) {
 
 TEST_F(TopLevelWindowsTest, WithoutAServerEverythingFails) {
   EXPECT_FALSE(Told().empty());
-  manager.reset();
-  server->Signal(SIGKILL);
-  EXPECT_EQ(server->Wait(), 128 + SIGKILL);
+  display.KillServer();
   for (const bool bNamed : {true, false}) {
     if (!bNamed) unsetenv("DISPLAY");
     EXPECT_FALSE(windows.EnumWindows([](auto...) { return true; }, 0));
     ExpectNothingOf(root);
   }
-  std::filesystem::remove(folder / "display");
-  StartServer();
+  display.StartServer();
   EXPECT_TRUE(windows.EnumWindows([](auto...) { return true; }, 0));
 }
 
