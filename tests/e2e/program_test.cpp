@@ -73,18 +73,6 @@ TEST_F(ProgramTest, DriverInUseIsNoDriver) {
   EndProgram();
 }
 
-TEST_F(ProgramTest, SecondCopyLeavesQuietlyAndChangesNothing) {
-  StartAll();
-  ASSERT_TRUE(WindowAppears("^Quillorbit - No signal$"));
-  ChildProcess second(m_folder, m_program, {});
-  EXPECT_EQ(second.Wait(), 0);
-  EXPECT_EQ(second.Errors(), "");
-  const std::size_t nBefore = Reports().size();
-  Send({.z = 1});
-  EXPECT_TRUE(Eventually([&] { return Reports().size() > nBefore; }));
-  EndProgram();
-}
-
 /// The box has the title that the main window has while there is a signal.
 struct CloseTest : ProgramTest {
   void StartAndClose() {

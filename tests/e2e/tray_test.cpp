@@ -135,7 +135,7 @@ TEST_P(EachTray, MenuQuitsWithoutAQuestion) {
   const std::size_t nBefore = Reports().size();
   ASSERT_TRUE(BalloonsBecome(3));
   EXPECT_TRUE(Menu());
-  EXPECT_EQ(Reports().size(), nBefore + 1);
+  EXPECT_TRUE(Eventually([&] { return Reports().size() == nBefore + 1; }));
   EXPECT_EQ(Reports().back(), centred);  // the signal is lost with the menu open as without
   Command("xdotool key q");
   ExpectEnded();
