@@ -60,25 +60,24 @@ void Notifications::Subscribe() {
 
 void Notifications::Show(const Balloon& balloon) {
   if (!m_bus.IsConnected()) return m_events.NoService(balloon);
-  // Where the body is markup, the text has to be escaped; elsewhere it must not be.
   Call(
       "GetCapabilities", {},
       [this, balloon](const QVariantList& reply) {
-        Notify(balloon, reply.value(0).toStringList().contains("body-markup"));
+        Notify(balloon, reply.value(0).toStringList());
       },
       balloon);
 }
 
-void Notifications::Notify(const Balloon& balloon, bool bMarkup) {
+void Notifications::Notify(const Balloon& balloon, const QStringList& capabilities) {
+  // Where the body is markup, the text has to be escaped; elsewhere it must not be.
+  const QString sText =
+      capabilities.contains("body-markup") ? balloon.sText.toHtmlEscaped() : balloon.sText;
+  // A service without actions may make a dialog of a notification that has one.
+  const QStringList actions =
+      capabilities.contains("actions") ? QStringList{sClickAction, "Open"} : QStringList{};
   const int nTimeout = balloon.lTimeout == 0 ? -1 : static_cast<int>(balloon.lTimeout);
-  const QVariantList arguments = {"Quillorbit",
-                                  m_id,
-                                  IconName(balloon.lIcon),
-                                  balloon.sTitle,
-                                  bMarkup ? balloon.sText.toHtmlEscaped() : balloon.sText,
-                                  QStringList{sClickAction, "Open"},
-                                  QVariantMap{},
-                                  nTimeout};
+  const QVariantList arguments = {"Quillorbit", m_id,    IconName(balloon.lIcon), balloon.sTitle,
+                                  sText,        actions, QVariantMap{},           nTimeout};
   Call(
       "Notify", arguments,
       [this](const QVariantList& reply) {

@@ -6,6 +6,8 @@
 #include <QDBusServiceWatcher>
 #include <QObject>
 #include <QString>
+#include <QStringList>
+#include <QVariantList>
 
 #include "platform/linux/session_bus.h"
 
@@ -43,7 +45,7 @@ class Notifications final : public QObject {
   void Subscribe();
   void Call(const QString& sMethod, const QVariantList& arguments,
             std::function<void(const QVariantList&)> onReply, const Balloon& balloon);
-  void Notify(const Balloon& balloon, bool bMarkup);
+  void Notify(const Balloon& balloon, const QStringList& capabilities);
 
   SessionBus& m_bus;
   Events m_events;
