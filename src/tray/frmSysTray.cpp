@@ -116,10 +116,7 @@ void frmSysTray::StoreTip(std::string_view sTip) {
     CopyToFixedField(m_iconData.szTip, ToUtf16(sTip) + u'\0');
 }
 
-std::size_t frmSysTray::TipFieldBytes() const {
-  const std::size_t nCharacters = m_shell5 ? 128 : 64;
-  return m_useUnicode ? nCharacters * sizeof(char16_t) : nCharacters;
-}
+std::size_t frmSysTray::TipFieldBytes() const { return (m_shell5 ? 128 : 64) * sizeof(char16_t); }
 
 std::uint32_t frmSysTray::IconDataSize() const {
   if (m_useUnicode) return m_shell5 ? 936 : 152;

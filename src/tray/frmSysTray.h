@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -75,7 +74,7 @@ class frmSysTray {
   [[nodiscard]] std::int32_t HighestIndex() const;
   [[nodiscard]] bool IsValidIndex(std::int32_t lIndex) const;
 
-  [[nodiscard]] std::size_t TipFieldBytes() const;
+  [[nodiscard]] std::size_t TipFieldBytes() const;  ///< of the wide form
   [[nodiscard]] std::uint32_t IconDataSize() const;
   void StoreTip(std::string_view sTip);
   void NotifyIcon(std::uint32_t lMessage);

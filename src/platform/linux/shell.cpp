@@ -67,17 +67,17 @@ bool LinuxShell::NotifyIcon(std::uint32_t lMessage, const platform::NotifyIconDa
 template <class Char>
 bool LinuxShell::Add(const platform::NotifyIconData<Char>& data) {
   LinuxForm* const pForm = m_toolkit.FormOf(data.hWnd);
-  auto& icon = m_icons[{data.hWnd, data.uID}];
-  if (pForm == nullptr || icon) return false;
+  if (pForm == nullptr || m_icons.contains({data.hWnd, data.uID})) return false;
   const bool bTells =
       (data.uFlags & platform::NIF_MESSAGE) != 0 && data.uCallbackMessage == platform::WM_MOUSEMOVE;
-  icon = std::make_unique<TrayIcon>(
+  auto icon = std::make_unique<TrayIcon>(
       m_bus, m_area, pForm->MenuWidget(), [this, hWnd = data.hWnd, bTells](std::uint32_t lCode) {
         LinuxForm* const pReceiver = bTells ? m_toolkit.FormOf(hWnd) : nullptr;
         if (pReceiver != nullptr && pReceiver->MouseMove)
           pReceiver->MouseMove(static_cast<std::int32_t>(lCode));
       });
   Modify(*icon, data);
+  m_icons[{data.hWnd, data.uID}] = std::move(icon);
   return true;
 }
 
