@@ -3,10 +3,15 @@
 namespace quillorbit {
 namespace {
 
-/// The window at the end of the chain of owners; a window without owner itself.
+/// The window at the end of the chain of owners; a window without owner itself. Where other
+/// programs can set owners, the chain may be a circle: then it ends somewhere on it.
 platform::WindowHandle TopOwner(platform::TopLevelWindows& windows, platform::WindowHandle hWnd) {
-  while (const platform::WindowHandle hOwner = windows.GetWindow(hWnd, platform::GW_OWNER))
+  constexpr int nLongestChain = 100;
+  for (int i = 0; i < nLongestChain; ++i) {
+    const platform::WindowHandle hOwner = windows.GetWindow(hWnd, platform::GW_OWNER);
+    if (hOwner == 0) break;
     hWnd = hOwner;
+  }
   return hWnd;
 }
 

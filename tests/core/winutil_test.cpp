@@ -118,6 +118,8 @@ TEST_F(WindowTest, IconsGoToTheTopOwnerToo) {
                   "LoadImageA 4194304, AAA, 1, 32, 33, 32768", "SendMessageA 3, 128, 1, 132",
                   "SendMessageA 1, 128, 1, 132", "LoadImageA 4194304, AAA, 1, 16, 17, 32768",
                   "SendMessageA 3, 128, 0, 116", "SendMessageA 1, 128, 0, 116"));
+  platform.windows.owners = {{1, 2}, {2, 1}};
+  EXPECT_EQ(set("AAA", true), 116U);  // owners in a circle have an end too
   EXPECT_EQ(set("nothing", false), 0U);
   EXPECT_THAT(
       platform.log.Take(),
