@@ -294,6 +294,17 @@ TEST_F(ToolkitTest, EndOfTheSessionUnloadsAlsoAHiddenForm) {
   EXPECT_EQ(reasons, std::vector{UnloadReason::AppWindows});
 }
 
+TEST_F(ToolkitTest, MessageBoxBlocksTheWindowAlsoWhenAnotherProgramIsInFront) {
+  Show();
+  QApplication::setActiveWindow(nullptr);
+  QTimer::singleShot(0, [&] {
+    auto* const pBox = QApplication::activeModalWidget();
+    EXPECT_EQ(pBox->parentWidget(), widget);
+    pBox->close();
+  });
+  toolkit.MsgBox("Sure?", platform::MB_YESNO, "Title");
+}
+
 TEST_F(ToolkitTest, MessageBoxShowsPlainTextAndAnswers) {
   const auto answer = [&](std::function<void(QMessageBox&)> act, std::uint32_t lFlags) {
     QTimer::singleShot(

@@ -105,10 +105,17 @@ std::unique_ptr<platform::Form> LinuxToolkit::NewForm(const platform::FormDesign
   return form;
 }
 
+QWidget* LinuxToolkit::BoxOwner() const {
+  if (QWidget* const pActive = QApplication::activeWindow()) return pActive;
+  for (const LinuxForm* const pForm : m_loadedForms)
+    if (pForm->Visible()) return QWidget::find(pForm->hWnd());
+  return nullptr;
+}
+
 platform::MsgBoxAnswer LinuxToolkit::MsgBox(std::string_view sPrompt, std::uint32_t lFlags,
                                             std::string_view sTitle) {
   const bool bChoice = (lFlags & platform::MB_YESNO) != 0;
-  QMessageBox box(QApplication::activeWindow());
+  QMessageBox box(BoxOwner());
   box.setWindowModality(Qt::WindowModal);  // the tray goes on working
   box.setTextFormat(Qt::PlainText);        // the text may come from a profile
   box.setText(ToQString(sPrompt));

@@ -41,6 +41,8 @@ class LinuxToolkit final : public platform::Toolkit {
  private:
   void ConnectSignals();
   void EndOfSession();
+  /// The window that a box belongs to and blocks: the active one, or else one that is there.
+  [[nodiscard]] QWidget* BoxOwner() const;
 
   LinuxResources& m_resources;
   QApplication m_application;
