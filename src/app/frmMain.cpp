@@ -32,7 +32,7 @@ frmMain::frmMain(platform::Platform& platform)
     : m_platform(platform),
       m_controls(platform),
       m_windows(platform.windows, platform.codePage),
-      m_view(m_state, m_controls),
+      m_view(platform, m_state, m_controls),
       m_status(platform, m_state, m_controls, m_view, m_systray),
       m_trayHandlers(platform.toolkit, m_controls, m_view, m_systray),
       m_setupControls(m_state, m_controls, platform.toolkit),

@@ -9,6 +9,9 @@
 
 namespace quillorbit::platform {
 
+/// A window's handle; 0 is none.
+using WindowHandle = std::uint32_t;
+
 /// A colour as the platform stores it: red in the low byte, then green, then blue.
 using Colour = std::uint32_t;
 
@@ -116,6 +119,7 @@ class Container {
 /// the bottom of it. It can be drawn into or carry controls.
 class PictureBox : public Control, public Container {
  public:
+  [[nodiscard]] virtual WindowHandle hWnd() const = 0;
   [[nodiscard]] virtual float ScaleWidth() const = 0;  ///< inner width
 
   Event<> Resize;

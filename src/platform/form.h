@@ -12,8 +12,6 @@
 
 namespace quillorbit::platform {
 
-/// A top-level window's handle; 0 is none.
-using WindowHandle = std::uint32_t;
 /// An icon's handle; 0 is none.
 using IconHandle = std::uint32_t;
 

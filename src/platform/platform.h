@@ -2,6 +2,8 @@
 
 #include "platform/code_page.h"
 #include "platform/device.h"
+#include "platform/dx8vb.h"
+#include "platform/fonts.h"
 #include "platform/process.h"
 #include "platform/resources.h"
 #include "platform/shell.h"
@@ -24,6 +26,8 @@ struct Platform {
   Process& process;
   Resources& resources;
   CodePage& codePage;
+  Fonts& fonts;
+  DX8VB& dx8vb;
 };
 
 }  // namespace quillorbit::platform

@@ -119,7 +119,7 @@ TEST_F(ReceiverTest, CountAtItsHighestStartsAgainAndTheDatagramCounts) {
   state.m_packetCount = std::numeric_limits<std::int32_t>::max();
   Controls controls(p.platform.services);
   const std::unique_ptr<frmSysTray> noTray;
-  AttitudeView view(state, controls);
+  AttitudeView view(p.platform.services, state, controls);
   ConnectionStatus status(p.platform.services, state, controls, view, noTray);
   Receiver receiver(state, controls, view, status);
   controls.sckUDP->DataArrival = [&] { receiver.sckUDP_DataArrival(); };

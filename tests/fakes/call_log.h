@@ -17,12 +17,19 @@ class CallLog {
   template <class... Parts>
   void Call(const Parts&... parts) {
     if (m_muted) return;
-    std::ostringstream text;
-    (text << ... << parts);
-    m_calls.push_back(text.str());
+    Note(parts...);
     if (m_calls.size() != m_failAt) return;
     m_failAt = 0;
     throw std::system_error(EIO, std::generic_category());
+  }
+
+  /// Notes what cannot fail.
+  template <class... Parts>
+  void Note(const Parts&... parts) {
+    if (m_muted) return;
+    std::ostringstream text;
+    (text << ... << parts);
+    m_calls.push_back(text.str());
   }
 
   [[nodiscard]] const std::vector<std::string>& Calls() const { return m_calls; }

@@ -196,6 +196,7 @@ class FakePictureBox : public FakeContainer<FakeControl<platform::PictureBox>> {
  public:
   FakePictureBox(CallLog& l, Registry& r, const platform::ControlDesign& d, platform::Docking dock)
       : FakeContainer(l, r, l, r, d), eDocking(dock) {}
+  platform::WindowHandle hWnd() const override { return 2001; }
   float ScaleWidth() const override { return fWidth; }
 
   const platform::Docking eDocking;

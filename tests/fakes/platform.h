@@ -6,6 +6,8 @@
 
 #include "fakes/code_page.h"
 #include "fakes/device.h"
+#include "fakes/dx8vb.h"
+#include "fakes/fonts.h"
 #include "fakes/process.h"
 #include "fakes/resources.h"
 #include "fakes/shell.h"
@@ -33,8 +35,10 @@ struct FakePlatform {
   FakeXmlLibrary xml{log};
   FakeProcess process{log};
   FakeCodePage codePage;
-  platform::Platform services{toolkit, shell,   windows,   udpSockets, device,
-                              xml,     process, resources, codePage};
+  FakeFonts fonts{log};
+  FakeDX8VB dx8vb{log};
+  platform::Platform services{toolkit, shell,     windows,  udpSockets, device, xml,
+                              process, resources, codePage, fonts,      dx8vb};
 
   FakeForm& Window() { return *toolkit.pMain; }
   FakeForm& Tray() { return *toolkit.pTray; }

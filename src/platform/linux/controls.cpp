@@ -1,7 +1,5 @@
 #include "platform/linux/controls.h"
 
-#include <QResizeEvent>
-
 namespace quillorbit::linux_adapter {
 namespace {
 
@@ -26,23 +24,13 @@ LinuxCheckBox::LinuxCheckBox(QWidget* pParent, const platform::ControlDesign& de
   });
 }
 
-class LinuxPictureBox::Surface final : public QWidget {
- public:
-  Surface(QWidget* pParent, LinuxPictureBox& owner) : QWidget(pParent), m_owner(owner) {}
-
- private:
-  void resizeEvent(QResizeEvent*) override {
-    if (m_owner.Resize) m_owner.Resize();
-  }
-
-  LinuxPictureBox& m_owner;
-};
-
 LinuxPictureBox::LinuxPictureBox(QWidget* pParent, const platform::ControlDesign& design,
                                  platform::Docking eDocking)
-    : WidgetContainer(std::make_unique<Surface>(pParent, *this), design) {
+    : WidgetContainer(std::make_unique<DrawingSurface>(pParent), design) {
   m_widget->setProperty(sDockingProperty, static_cast<int>(eDocking));
-  m_widget->setAutoFillBackground(true);  // it covers the labels of the form
+  m_widget->resized = [this] {
+    if (Resize) Resize();
+  };
 }
 
 void DockChildren(QWidget& formWidget) {

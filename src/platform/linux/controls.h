@@ -6,6 +6,7 @@
 #include <QSlider>
 #include <QWidget>
 
+#include "platform/linux/drawing_surface.h"
 #include "platform/linux/label.h"
 #include "platform/linux/text_box.h"
 #include "platform/linux/widget_control.h"
@@ -60,16 +61,16 @@ class WidgetContainer : public Interface {
   [[nodiscard]] virtual QWidget* ContainerWidget() = 0;
 };
 
-class LinuxPictureBox final : public WidgetContainer<WidgetControl<platform::PictureBox, QWidget>> {
+class LinuxPictureBox final
+    : public WidgetContainer<WidgetControl<platform::PictureBox, DrawingSurface>> {
  public:
   LinuxPictureBox(QWidget* pParent, const platform::ControlDesign& design,
                   platform::Docking eDocking);
 
+  [[nodiscard]] platform::WindowHandle hWnd() const override { return m_widget->Handle(); }
   [[nodiscard]] float ScaleWidth() const override { return Width(); }
 
  private:
-  class Surface;
-
   [[nodiscard]] QWidget* ContainerWidget() override { return m_widget.get(); }
 };
 

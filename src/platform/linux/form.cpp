@@ -60,6 +60,15 @@ class LinuxForm::Window final : public QWidget {
     if (!isMaximized() && !isFullScreen()) resize(client);
   }
 
+  /// The form is painted when the window system has exposed it, whatever of it is covered by
+  /// controls; its handler may show things, which is not for a paint event to do.
+  bool eventFilter(QObject* pObject, QEvent* pEvent) override {
+    const bool bExposed = pObject == windowHandle() && pEvent->type() == QEvent::Expose &&
+                          windowHandle()->isExposed();
+    if (bExposed && !m_owner.m_bUnloaded && m_owner.Paint) m_owner.Paint();
+    return QWidget::eventFilter(pObject, pEvent);
+  }
+
   bool event(QEvent* pEvent) override {
     const bool bHandled = QWidget::event(pEvent);
     switch (pEvent->type()) {
@@ -79,10 +88,6 @@ class LinuxForm::Window final : public QWidget {
   void changeEvent(QEvent* pEvent) override {
     QWidget::changeEvent(pEvent);
     if (pEvent->type() == QEvent::WindowStateChange) RaiseResize();
-  }
-
-  void paintEvent(QPaintEvent*) override {
-    if (!m_owner.m_bUnloaded && m_owner.Paint) m_owner.Paint();
   }
 
   /// The window manager's close command comes from outside; a close from inside is the session's.
@@ -112,6 +117,7 @@ LinuxForm::LinuxForm(const platform::FormDesign& design, platform::IconHandle hI
   m_window->setFont(ToQFont(design.font));
   m_window->resize(ToPixels(design.fScaleWidth), ToPixels(design.fScaleHeight));
   MarkWindow(hWnd(), design.sClass);
+  m_window->windowHandle()->installEventFilter(m_window.get());
 }
 
 LinuxForm::~LinuxForm() { m_bUnloaded = true; }

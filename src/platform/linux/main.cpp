@@ -6,6 +6,8 @@
 #include "app/frmMain.h"
 #include "platform/linux/code_page.h"
 #include "platform/linux/device.h"
+#include "platform/linux/dx8vb.h"
+#include "platform/linux/fonts.h"
 #include "platform/linux/process.h"
 #include "platform/linux/resources.h"
 #include "platform/linux/shell.h"
@@ -17,6 +19,8 @@
 int main(int argc, char** argv) {
   using namespace quillorbit;
   try {
+    const auto contexts =
+        std::make_shared<linux_adapter::GlContexts>();  // first: it takes its time
     linux_adapter::LinuxProcess process(argc, argv);  // before the toolkit takes its arguments out
     linux_adapter::LinuxResources resources;
     linux_adapter::LinuxToolkit toolkit(argc, argv, resources);
@@ -27,8 +31,10 @@ int main(int argc, char** argv) {
     linux_adapter::LinuxDevice device;
     linux_adapter::LinuxXmlLibrary xml;
     linux_adapter::LinuxCodePage codePage;
-    platform::Platform platform{toolkit, shell,   windows,   udpSockets, device,
-                                xml,     process, resources, codePage};
+    linux_adapter::LinuxFonts fonts([] { return qApp->devicePixelRatio(); });
+    linux_adapter::LinuxDX8VB dx8vb(fonts, contexts);
+    platform::Platform platform{toolkit, shell,     windows,  udpSockets, device, xml,
+                                process, resources, codePage, fonts,      dx8vb};
 
     frmMain main(platform);
     main.Form_Load();

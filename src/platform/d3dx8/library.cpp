@@ -1,0 +1,55 @@
+#include "platform/d3dx8/library.h"
+
+#include "platform/d3dx8/mesh.h"
+#include "platform/d3dx8/text.h"
+#include "platform/d3dx8/texture.h"
+
+namespace quillorbit::d3dx8 {
+namespace {
+
+/// The helper object: each operation is in the header of its matter.
+class Helper final : public platform::D3DX8 {
+ public:
+  explicit Helper(platform::Fonts& fonts) : m_fonts(fonts) {}
+
+  std::shared_ptr<platform::ID3DXFont> CreateFont(
+      const std::shared_ptr<platform::IDirect3DDevice8>& Device,
+      platform::FontHandle hFont) override {
+    return d3dx8::CreateFont(m_fonts, Device, hFont);
+  }
+  void DrawText(const std::shared_ptr<platform::ID3DXFont>& Font, platform::D3DCOLOR Color,
+                std::string_view sText, const platform::RECT& Rect, std::uint32_t Format) override {
+    d3dx8::DrawText(Font, Color, sText, Rect, Format);
+  }
+  std::shared_ptr<platform::ID3DXMesh> LoadMeshFromX(
+      const std::string& sFile, std::uint32_t Options,
+      const std::shared_ptr<platform::IDirect3DDevice8>& Device,
+      std::shared_ptr<platform::D3DXBuffer>& Materials, std::int32_t& lMaterialCount) override {
+    return d3dx8::LoadMeshFromX(sFile, Options, Device, Materials, lMaterialCount);
+  }
+  platform::D3DMATERIAL8 BufferGetMaterial(const platform::D3DXBuffer& Materials,
+                                           std::int32_t lIndex) override {
+    return d3dx8::BufferGetMaterial(Materials, lIndex);
+  }
+  std::string BufferGetTextureName(const platform::D3DXBuffer& Materials,
+                                   std::int32_t lIndex) override {
+    return d3dx8::BufferGetTextureName(Materials, lIndex);
+  }
+  std::shared_ptr<platform::IDirect3DTexture8> CreateTextureFromFileEx(
+      const std::shared_ptr<platform::IDirect3DDevice8>& Device, const std::string& sFile,
+      std::uint32_t Width, std::uint32_t Height, std::uint32_t MipLevels, std::uint32_t Usage,
+      platform::D3DFORMAT Format, platform::D3DPOOL Pool, std::uint32_t Filter,
+      std::uint32_t MipFilter, platform::D3DCOLOR ColorKey) override {
+    return d3dx8::CreateTextureFromFileEx(Device, sFile, Width, Height, MipLevels, Usage, Format,
+                                          Pool, Filter, MipFilter, ColorKey);
+  }
+
+ private:
+  platform::Fonts& m_fonts;
+};
+
+}  // namespace
+
+std::shared_ptr<platform::D3DX8> Library::NewD3DX8() { return std::make_shared<Helper>(m_fonts); }
+
+}  // namespace quillorbit::d3dx8

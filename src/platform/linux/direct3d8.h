@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/direct3d8.h"
+#include "platform/linux/gl_context.h"
+
+namespace quillorbit::linux_adapter {
+
+/// Direct3D 8 on OpenGL: the devices that it makes draw into a drawing surface, no more often than
+/// the display can show it.
+class LinuxDirect3D8 final : public platform::IDirect3D8 {
+ public:
+  explicit LinuxDirect3D8(std::shared_ptr<GlContexts> contexts) : m_contexts(std::move(contexts)) {}
+
+  void GetAdapterDisplayMode(std::uint32_t Adapter, platform::D3DDISPLAYMODE& Mode) override;
+  /// What OpenGL is asked for, every driver has.
+  [[nodiscard]] std::int32_t CheckDeviceFormat(std::uint32_t Adapter,
+                                               platform::D3DDEVTYPE DeviceType,
+                                               platform::D3DFORMAT AdapterFormat,
+                                               std::uint32_t Usage, platform::D3DRESOURCETYPE RType,
+                                               platform::D3DFORMAT CheckFormat) override;
+  std::shared_ptr<platform::IDirect3DDevice8> CreateDevice(
+      std::uint32_t Adapter, platform::D3DDEVTYPE DeviceType, platform::WindowHandle hFocusWindow,
+      std::uint32_t BehaviorFlags, platform::D3DPRESENT_PARAMETERS& Parameters) override;
+
+ private:
+  std::shared_ptr<GlContexts> m_contexts;
+};
+
+}  // namespace quillorbit::linux_adapter

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+
+#include <QImage>
+#include <QWidget>
+
+#include "platform/controls.h"
+
+namespace quillorbit::linux_adapter {
+
+/// The widget of a picture box. It can show frames: it keeps the last one, paints it whenever it is
+/// exposed, and stretches it to its size.
+class DrawingSurface final : public QWidget {
+ public:
+  explicit DrawingSurface(QWidget* pParent);
+  ~DrawingSurface() override;
+
+  /// A handle of this program's own, not the window system's: the widget has no window there.
+  [[nodiscard]] platform::WindowHandle Handle() const { return m_hWnd; }
+  /// Null when there is none of that handle.
+  [[nodiscard]] static DrawingSurface* Find(platform::WindowHandle hWnd);
+
+  /// Whether a frame would be seen.
+  [[nodiscard]] bool IsSeen() const;
+  /// Takes a frame, which is on the screen on return, and gives back an earlier one for its memory.
+  void ShowFrame(QImage& frame);
+
+  std::function<void()> resized;
+  std::function<void()> shown;  ///< it may be seen from now on
+
+ private:
+  void paintEvent(QPaintEvent*) override;
+  void resizeEvent(QResizeEvent*) override;
+  void showEvent(QShowEvent*) override;
+
+  const platform::WindowHandle m_hWnd;
+  QImage m_frame;
+};
+
+}  // namespace quillorbit::linux_adapter

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <functional>
+#include <future>
+#include <memory>
+
+#define GL_GLEXT_PROTOTYPES  // for their types alone: the functions come from the driver
+#include <EGL/egl.h>
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+namespace quillorbit::linux_adapter {
+
+/// The driver's functions, as far as they are used.
+// clang-format off
+#define QUILLORBIT_GL_FUNCTIONS(X) \
+  X(ActiveTexture) X(AttachShader) X(BindAttribLocation) X(BindBuffer) X(BindFramebuffer) \
+  X(BindRenderbuffer) X(BindTexture) X(BlendFunc) X(BufferData) X(CheckFramebufferStatus) \
+  X(Clear) X(ClearColor) X(ColorMask) X(CompileShader) X(CreateProgram) X(CreateShader) \
+  X(CullFace) X(DeleteBuffers) X(DeleteFramebuffers) X(DeleteProgram) X(DeleteRenderbuffers) \
+  X(DeleteShader) X(DeleteTextures) X(Disable) X(DisableVertexAttribArray) X(DrawArrays) \
+  X(DrawElements) X(Enable) X(EnableVertexAttribArray) X(FramebufferRenderbuffer) \
+  X(FrontFace) X(GenBuffers) X(GenFramebuffers) X(GenRenderbuffers) X(GenTextures) \
+  X(GetError) X(GetProgramiv) X(GetShaderInfoLog) X(GetShaderiv) X(GetString) \
+  X(GetUniformLocation) X(LinkProgram) X(PixelStorei) X(ReadPixels) X(RenderbufferStorage) \
+  X(ShaderSource) X(TexImage2D) X(TexParameteri) X(Uniform1i) X(Uniform2f) X(Uniform3fv) \
+  X(Uniform4fv) X(UniformMatrix3fv) X(UniformMatrix4fv) X(UseProgram) X(VertexAttribPointer) \
+  X(Viewport)
+// clang-format on
+
+struct GlFunctions {
+#define QUILLORBIT_GL_MEMBER(name) decltype(&gl##name) name = nullptr;
+  QUILLORBIT_GL_FUNCTIONS(QUILLORBIT_GL_MEMBER)
+#undef QUILLORBIT_GL_MEMBER
+  /// Null where the driver does not tell.
+  PFNGLGETGRAPHICSRESETSTATUSPROC GetGraphicsResetStatus = nullptr;
+};
+
+/// An OpenGL context (2.1 or later) that draws off screen and needs no display. The resources that
+/// belong to it hold it.
+class GlContext {
+ public:
+  /// Throws std::runtime_error when there is no OpenGL. The context is current nowhere, so another
+  /// thread may use it.
+  GlContext();
+  ~GlContext();
+  GlContext(const GlContext&) = delete;
+  GlContext& operator=(const GlContext&) = delete;
+
+  /// For the calls that follow. Throws std::runtime_error when the driver refuses.
+  void MakeCurrent();
+  /// Likewise; false when the driver refuses, and what the context held is gone.
+  [[nodiscard]] bool TryMakeCurrent() noexcept;
+  /// Whether the driver has lost the context, with all that was in it (a reset of the graphics
+  /// card). It never comes back; a new one may be had.
+  [[nodiscard]] bool IsLost();
+
+  GlFunctions gl;
+
+ private:
+  void Create();
+  void Destroy();
+  void LoadFunctions();
+
+  EGLDisplay m_display = EGL_NO_DISPLAY;
+  EGLContext m_context = EGL_NO_CONTEXT;
+  EGLSurface m_surface = EGL_NO_SURFACE;  ///< where the driver wants one
+  bool m_bLost = false;
+};
+
+/// Makes contexts. The first is made beside the program's start, because the driver takes its time
+/// to load.
+class GlContexts {
+ public:
+  using Maker = std::function<std::shared_ptr<GlContext>()>;
+
+  /// `make` throws std::runtime_error when there is no OpenGL.
+  explicit GlContexts(Maker make = [] { return std::make_shared<GlContext>(); });
+
+  /// Throws std::runtime_error when there is no OpenGL.
+  [[nodiscard]] std::shared_ptr<GlContext> New();
+  /// Whether the next New succeeds.
+  [[nodiscard]] bool Available();
+
+ private:
+  Maker m_make;
+  std::future<std::shared_ptr<GlContext>> m_next;
+};
+
+}  // namespace quillorbit::linux_adapter
