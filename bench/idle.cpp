@@ -4,8 +4,6 @@
 #include <stdexcept>
 #include <vector>
 
-#include <unistd.h>
-
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -54,17 +52,12 @@ double Sleeps(const QString& sTask) {
 struct Usage {
   double dAllThreads = 0, dMainThread = 0, dCpuMilliseconds = 0;
 
-  explicit Usage(qint64 nProcess) {
-    const QString sProcess = "/proc/" + QString::number(nProcess);
+  explicit Usage(const QProcess& process) : dCpuMilliseconds(CpuMilliseconds(process)) {
+    const QString sProcess = "/proc/" + QString::number(process.processId());
     const QDir tasks(sProcess + "/task");
     for (const QString& sTask : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
       dAllThreads += Sleeps(tasks.filePath(sTask));
     dMainThread = Sleeps(sProcess);
-    // Behind the name, which may hold anything, the state is the first field and utime the 12th.
-    const QByteArray sStat = ReadAll(sProcess + "/stat");
-    const auto fields = sStat.mid(sStat.lastIndexOf(')') + 2).split(' ');
-    dCpuMilliseconds = (fields.at(11).toDouble() + fields.at(12).toDouble()) * 1000 /
-                       static_cast<double>(sysconf(_SC_CLK_TCK));
   }
 };
 
@@ -91,7 +84,7 @@ class Subject {
                            (m_phone.state() == QProcess::Running) == m_case.bSignal &&
                            !WithVisibleWindow({}, {});
     if (!bAsWanted) throw std::runtime_error(std::string(m_case.sName) + ": did not stay so");
-    return Usage(m_program.processId());
+    return Usage(m_program);
   }
 
   void End() {
@@ -118,7 +111,7 @@ class Subject {
   }
 
   const Case& m_case;
-  Place m_place;
+  Place m_place{Place::View::Model};
   QProcess m_driver, m_program, m_phone;
 };
 

@@ -1,15 +1,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <stdexcept>
-#include <string>
 #include <vector>
 
-#include <QFile>
-#include <QProcess>
-#include <QStringList>
-
-#include "place.h"
+#include "measure.h"
 #include "sections.h"
 
 namespace quillorbit::bench {
@@ -19,52 +13,9 @@ constexpr int nDatagrams = 10'000;
 constexpr int nRate = 1000;  // a second
 constexpr int nRounds = 3;
 
-enum class Subject { BareLoop, Hidden, Visible };
-constexpr std::array subjects = {Subject::BareLoop, Subject::Hidden, Subject::Visible};
+constexpr std::array subjects = {Subject::BareLoop, Subject::Hidden, Subject::Text, Subject::Model};
 constexpr std::array sNames = {"bare epoll loop", "quillorbit, window hidden",
-                               "quillorbit, window visible"};
-
-/// Times in microseconds.
-struct Times {
-  double dLost, dMedian, dP90, dP99, dMost;
-};
-
-/// Minimises the window, which hides it. There has to be a window manager.
-void HideWindow() {
-  QProcess xdotool;
-  xdotool.start("xdotool",
-                {"search", "--sync", "--onlyvisible", "--name", "^Quillorbit", "windowminimize"});
-  if (!xdotool.waitForFinished(10'000) || xdotool.exitCode() != 0)
-    throw std::runtime_error("xdotool could not minimise the window");
-}
-
-Times Measure(Subject eSubject) {
-  Place place;
-  QProcess sender;
-  place.Prepare(sender);
-  sender.setProcessChannelMode(QProcess::SeparateChannels);
-  sender.start(Place::Built("quillorbit-send"),
-               {"--measure", "--csv", "--settle", "2", "--port", place.Port(), "--rate",
-                QString::number(nRate), "--count", QString::number(nDatagrams)});
-  if (!sender.waitForStarted()) throw std::runtime_error("quillorbit-send does not start");
-  while (!QFile::exists(place.Socket()) && !sender.waitForFinished(20)) continue;
-
-  QProcess subject;
-  place.Prepare(subject);
-  if (eSubject == Subject::BareLoop)
-    subject.start(Place::Built("bench_bare_loop"), {place.Port()});
-  else
-    subject.start(place.Program(), QStringList());
-  if (eSubject == Subject::Hidden) HideWindow();
-
-  if (!sender.waitForFinished(120'000) || sender.exitCode() != 0)
-    throw std::runtime_error("quillorbit-send: " + sender.readAllStandardError().toStdString());
-  const QStringList fields = QString(sender.readAllStandardOutput()).trimmed().split(',');
-  End(subject);
-  if (fields.size() != 9) throw std::runtime_error("quillorbit-send printed no measurement");
-  return {fields[2].toDouble(), fields[5].toDouble(), fields[6].toDouble(), fields[7].toDouble(),
-          fields[8].toDouble()};
-}
+                               "quillorbit, text display", "quillorbit, 3D view"};
 
 /// The round in the middle, field by field; what was lost is added up.
 Times Middle(const std::vector<Times>& rounds) {
@@ -76,8 +27,13 @@ Times Middle(const std::vector<Times>& rounds) {
   };
   double dLost = 0;
   for (const Times& times : rounds) dLost += times.dLost;
-  return {dLost, middle(&Times::dMedian), middle(&Times::dP90), middle(&Times::dP99),
-          middle(&Times::dMost)};
+  return {dLost,
+          middle(&Times::dMedian),
+          middle(&Times::dP90),
+          middle(&Times::dP99),
+          middle(&Times::dMost),
+          middle(&Times::dFrames),
+          middle(&Times::dCpuMilliseconds)};
 }
 
 }  // namespace
@@ -85,7 +41,8 @@ Times Middle(const std::vector<Times>& rounds) {
 void Latency() {
   std::array<std::vector<Times>, subjects.size()> results;
   for (int i = 0; i < nRounds; ++i)
-    for (std::size_t k = 0; k < subjects.size(); ++k) results[k].push_back(Measure(subjects[k]));
+    for (std::size_t k = 0; k < subjects.size(); ++k)
+      results[k].push_back(Measure(subjects[k], nRate, nDatagrams));
 
   std::printf(
       "\nSending to report at the user-space driver, %d datagrams at %d/s, "

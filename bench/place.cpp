@@ -28,10 +28,15 @@ int FreePort() {
 
 }  // namespace
 
-Place::Place() : m_sPort(QString::number(FreePort())) {
+Place::Place(View eView) : m_sPort(QString::number(FreePort())) {
   QFile profile(m_folder.filePath("quillorbit.setup"));
-  const bool bMade = m_folder.isValid() && QFile::copy(Built("quillorbit"), Program()) &&
-                     profile.open(QIODevice::WriteOnly);
+  bool bMade = m_folder.isValid() && QFile::copy(Built("quillorbit"), Program()) &&
+               profile.open(QIODevice::WriteOnly);
+  if (eView == View::Model) {
+    for (const char* sFile :
+         {"testPlane.x", "phone-back.png", "phone-edges.png", "phone-front.png"})
+      bMade = bMade && QFile::copy(Built(sFile), m_folder.filePath(sFile));
+  }
   if (!bMade) throw std::runtime_error("no temporary folder");
   profile.write("<quillorbit_profile><port>" + m_sPort.toUtf8() + "</port></quillorbit_profile>");
 }
@@ -53,6 +58,17 @@ void Place::StartDriver(QProcess& driver) const {
   driver.start(Built("quillorbit-driver"), {"--record", "/dev/null"});
   if (!driver.waitForStarted()) throw std::runtime_error("quillorbit-driver does not start");
   while (!QFile::exists(Socket())) QThread::msleep(10);
+}
+
+double CpuMilliseconds(const QProcess& process) {
+  QFile file("/proc/" + QString::number(process.processId()) + "/stat");
+  if (!file.open(QIODevice::ReadOnly))
+    throw std::runtime_error("no " + file.fileName().toStdString());
+  // Behind the name, which may hold anything, the state is the first field and utime the 12th.
+  const QByteArray sStat = file.readAll();
+  const auto fields = sStat.mid(sStat.lastIndexOf(')') + 2).split(' ');
+  return (fields.at(11).toDouble() + fields.at(12).toDouble()) * 1000 /
+         static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
 void End(QProcess& process) {

@@ -11,7 +11,10 @@ namespace quillorbit::bench {
 /// joystick stay out of it.
 class Place {
  public:
-  Place();
+  enum class View { Text, Model };
+
+  /// With the model beside the program, its window shows the 3D view.
+  explicit Place(View eView = View::Text);
 
   [[nodiscard]] QString Program() const { return m_folder.filePath("quillorbit"); }
   [[nodiscard]] QString Socket() const { return m_folder.filePath("vJoyQuillorbit"); }
@@ -27,6 +30,9 @@ class Place {
   QTemporaryDir m_folder;
   QString m_sPort;
 };
+
+/// What a process with all its threads has used of the processor so far.
+[[nodiscard]] double CpuMilliseconds(const QProcess& process);
 
 /// Ends a process in order, and throws std::runtime_error when it does not end so.
 void End(QProcess& process);

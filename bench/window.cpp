@@ -100,17 +100,20 @@ double Median(const std::vector<Start>& starts, double Start::*field) {
 }  // namespace
 
 void Window() {
-  Place place;
-  QProcess driver;
-  place.StartDriver(driver);
+  Place text(Place::View::Text), model(Place::View::Model);
+  QProcess textDriver, modelDriver;
+  text.StartDriver(textDriver);
+  model.StartDriver(modelDriver);
 
   Screen screen;
-  std::vector<Start> empty, program;
+  std::vector<Start> empty, withText, withModel;
   for (int i = 0; i < nRounds; ++i) {
-    empty.push_back(Measure(screen, place, Place::Built("bench_empty_widgets")));
-    program.push_back(Measure(screen, place, place.Program()));
+    empty.push_back(Measure(screen, text, Place::Built("bench_empty_widgets")));
+    withText.push_back(Measure(screen, text, text.Program()));
+    withModel.push_back(Measure(screen, model, model.Program()));
   }
-  End(driver);
+  End(textDriver);
+  End(modelDriver);
 
   std::printf(
       "\nStart to the window on the screen, and memory one second later, "
@@ -126,7 +129,8 @@ void Window() {
                 dSize / dEmptySize);
   };
   print("empty Qt Widgets program", empty);
-  print("quillorbit", program);
+  print("quillorbit, no model: text", withText);
+  print("quillorbit, 3D view", withModel);
 }
 
 }  // namespace quillorbit::bench

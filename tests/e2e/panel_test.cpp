@@ -97,8 +97,7 @@ TEST_F(PanelTest, PressOnTheCheckBoxIsNoClickWhileThePortIsBad) {
   EnterPort("abc", "Left");
   ClickFromBelow(760, 13);  // the check box
   EnterPort(std::to_string(m_nPort), "Return");
-  EXPECT_TRUE(PortIsSaved(std::to_string(m_nPort)));
-  EXPECT_EQ(ProfileElement("debug"), "0");
+  EXPECT_TRUE(Eventually([&] { return ProfileElement("debug") == "0"; }));
   ClickFromBelow(760, 13);
   EXPECT_TRUE(Eventually([&] { return ProfileElement("debug") == "1"; }));
   EndProgram();

@@ -10,6 +10,7 @@
 
 #include "platform/linux/menu.h"
 #include "platform/linux/timer.h"
+#include "platform/linux/x11.h"
 
 namespace quillorbit::linux_adapter {
 namespace {
@@ -34,8 +35,8 @@ class LinuxForm::Window final : public QWidget {
  public:
   explicit Window(LinuxForm& owner) : m_owner(owner) {}
 
-  /// The window manager's frame is known only once the window stands on the screen; until then the
-  /// outer size is the client area's.
+  /// The window manager's frame is known once the window stands on the screen, or before if the
+  /// window manager tells it then; where it does not, the outer size is the client area's so long.
   void SetOuterWidth(int nWidth) { SetOuterSize({nWidth, OuterSize().height()}); }
   void SetOuterHeight(int nHeight) { SetOuterSize({OuterSize().width(), nHeight}); }
 
@@ -45,17 +46,31 @@ class LinuxForm::Window final : public QWidget {
   }
 
   void SetOuterSize(QSize outer) {
+    if (!isVisible()) AskForFrame();
     m_outerSize = outer;
     resize(outer.shrunkBy(FrameMargins()));
   }
 
   [[nodiscard]] QMargins FrameMargins() const {
-    return windowHandle() == nullptr ? QMargins() : windowHandle()->frameMargins();
+    const QMargins margins = windowHandle()->frameMargins();
+    return margins.isNull() ? m_frameToCome : margins;
+  }
+
+  void AskForFrame() {
+    xcb_connection_t* const pConnection = x11::ToolkitConnection();
+    if (pConnection == nullptr || m_bFrameAskedFor) return;
+    m_bFrameAskedFor = true;
+    const auto window = static_cast<xcb_window_t>(winId());
+    const auto frame = x11::RequestFrameExtents(pConnection, window);
+    if (!frame) return;
+    const auto toPixels = [&](std::uint32_t n) { return qRound(n / devicePixelRatioF()); };
+    m_frameToCome = {toPixels(frame->left), toPixels(frame->top), toPixels(frame->right),
+                     toPixels(frame->bottom)};
   }
 
   /// Takes the frame off the size, once there is one.
   void FitFrame() {
-    if (!m_outerSize || !isVisible() || FrameMargins().isNull()) return;
+    if (!m_outerSize || !isVisible() || windowHandle()->frameMargins().isNull()) return;
     const QSize client = std::exchange(m_outerSize, std::nullopt)->shrunkBy(FrameMargins());
     if (!isMaximized() && !isFullScreen()) resize(client);
   }
@@ -105,6 +120,8 @@ class LinuxForm::Window final : public QWidget {
 
   LinuxForm& m_owner;
   std::optional<QSize> m_outerSize;  ///< wanted, until the frame has been taken off
+  QMargins m_frameToCome;            ///< as the window manager has told it
+  bool m_bFrameAskedFor = false;
 };
 
 LinuxForm::LinuxForm(const platform::FormDesign& design, platform::IconHandle hIcon,

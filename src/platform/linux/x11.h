@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include <xcb/xcb.h>
@@ -37,5 +38,15 @@ bool SendClientMessage(xcb_connection_t* pConnection, xcb_window_t destination, 
 /// Asks the window manager to bring a window to the front, in the user's name: window managers
 /// refuse that to programs that take the focus on their own. False when there is no such window.
 bool RequestActivation(xcb_connection_t* pConnection, xcb_window_t window);
+
+/// In the server's pixels.
+struct FrameExtents {
+  std::uint32_t left, right, top, bottom;
+};
+/// Asks the window manager for the frame that a window of the root will get (the window manager
+/// specification's _NET_REQUEST_FRAME_EXTENTS). Nothing where it does not tell, or not within a
+/// twentieth of a second.
+[[nodiscard]] std::optional<FrameExtents> RequestFrameExtents(xcb_connection_t* pConnection,
+                                                              xcb_window_t window);
 
 }  // namespace quillorbit::linux_adapter::x11
