@@ -73,10 +73,10 @@ void Desktop::StartDriver() {
   ASSERT_TRUE(Eventually([&] { return fs::exists(m_folder / "vJoyQuillorbit"); }));
 }
 
-void Desktop::WriteProfile(std::string_view sContent) const {
-  const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(m_profile.c_str(), "wb"), &fclose);
+void Desktop::WriteTo(const fs::path& path, std::string_view sContent) {
+  const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(path.c_str(), "wb"), &fclose);
   if (!file || fwrite(sContent.data(), 1, sContent.size(), file.get()) != sContent.size())
-    throw std::runtime_error("the profile cannot be written");
+    throw std::runtime_error("a file cannot be written");
 }
 
 std::string Desktop::ProfileElement(const std::string& sName) const {

@@ -29,7 +29,8 @@ class Desktop : public testing::Test {
 
   /// Starts the driver, which records every report.
   void StartDriver();
-  void WriteProfile(std::string_view sContent) const;
+  static void WriteTo(const std::filesystem::path& file, std::string_view sContent);
+  void WriteProfile(std::string_view sContent) const { WriteTo(m_profile, sContent); }
   [[nodiscard]] std::string Profile() const { return ReadFile(m_profile); }
   /// The text of the profile's element, as another XML reader sees it.
   [[nodiscard]] std::string ProfileElement(const std::string& sName) const;

@@ -101,11 +101,11 @@ std::vector<ScreenWindow> WindowsOnScreen() {
   return windows;
 }
 
-std::string PictureOfLowestThird(const ScreenWindow& window) {
+std::string Picture(const ScreenWindow& window, int nFirstRow, int nEndRow) {
   const Display display;
   const auto nWidth = static_cast<std::uint16_t>(window.nWidth);
-  const auto nHeight = static_cast<std::uint16_t>(window.nHeight / 3);
-  const auto nTop = static_cast<std::int16_t>(window.nHeight - nHeight);
+  const auto nHeight = static_cast<std::uint16_t>(nEndRow - nFirstRow);
+  const auto nTop = static_cast<std::int16_t>(nFirstRow);
   const auto image =
       Own(xcb_get_image_reply(display.Get(),
                               xcb_get_image(display.Get(), XCB_IMAGE_FORMAT_Z_PIXMAP, window.nId, 0,

@@ -19,8 +19,8 @@ struct ScreenWindow {
 /// The windows of all programs, from the lowest to the topmost.
 [[nodiscard]] std::vector<ScreenWindow> WindowsOnScreen();
 
-/// The pixels of the lowest third of a window, with those of windows above it; empty when it is
-/// gone.
-[[nodiscard]] std::string PictureOfLowestThird(const ScreenWindow& window);
+/// The pixels of a window's rows from one to another, with those of windows above it: four bytes
+/// each, blue, green, red and nothing. Empty when it is gone.
+[[nodiscard]] std::string Picture(const ScreenWindow& window, int nFirstRow, int nEndRow);
 
 }  // namespace quillorbit::test

@@ -133,7 +133,8 @@ bool TrayDesktop::HasIcon() const {
 std::string TrayDesktop::Icon() const {
   if (m_eTray == Tray::Bus) return LastHeard("icon ");
   const auto icon = DockedIcon();
-  return icon ? PictureOfLowestThird(*icon) : "";  // a balloon may cover the rest
+  // A balloon may cover the upper part.
+  return icon ? Picture(*icon, icon->nHeight - icon->nHeight / 3, icon->nHeight) : "";
 }
 
 std::string TrayDesktop::Tip() {

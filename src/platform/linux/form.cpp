@@ -49,6 +49,7 @@ class LinuxForm::Window final : public QWidget {
     if (!isVisible()) AskForFrame();
     m_outerSize = outer;
     resize(outer.shrunkBy(FrameMargins()));
+    if (!isVisible()) RaiseResize();  // the toolkit would tell when it is shown
   }
 
   [[nodiscard]] QMargins FrameMargins() const {
