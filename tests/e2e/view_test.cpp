@@ -46,11 +46,13 @@ struct ViewTest : Desktop {
   static bool ShowsNoSignal() { return View().dRed > 0.1 && View().dBlue == 0; }
   static bool ShowsText() { return View().dLight > 0.7; }
 
-  void ExpectTextAndReports(const std::vector<std::string>& through = {}) {
+  void ExpectTextAndReports(const std::string& sReason,
+                            const std::vector<std::string>& through = {}) {
     StartDriver();
     StartProgram(through);
     ASSERT_TRUE(WindowAppears(sMainWindow)) << m_process->Errors();
     EXPECT_TRUE(Eventually(ShowsText));
+    EXPECT_THAT(m_process->Errors(), HasSubstr("quillorbit: " + sReason));
     EXPECT_TRUE(Eventually([&] {
       Send({.x = 0, .y = 0, .z = 42, .zr = 0, .b = 0});
       return !Reports().empty() && Reports().back().z == 42;
@@ -99,14 +101,15 @@ TEST_F(ViewTest, BurstsAreReportedWholeAndInOrderWhileTheViewDraws) {
 TEST_F(ViewTest, WhateverIsMissingOrBrokenTheValuesAreShownAsText) {
   {
     SCOPED_TRACE("no driver");
-    ExpectTextAndReports({"env", "LIBGL_DRIVERS_PATH=" + (m_folder / "nowhere").string()});
+    ExpectTextAndReports("OpenGL: ",
+                         {"env", "LIBGL_DRIVERS_PATH=" + (m_folder / "nowhere").string()});
   }
   const auto withFile = [&](const char* sFile, const std::string& sContent) {
     SCOPED_TRACE(std::string(sFile) + (sContent.empty() ? " missing" : " broken"));
     const fs::path file = m_folder / sFile;
     fs::remove(file);
     if (!sContent.empty()) WriteTo(file, sContent);
-    ExpectTextAndReports();
+    ExpectTextAndReports(file.string() + ": ");
     fs::remove(file);
     fs::copy_file(fs::path(QUILLORBIT_RESOURCES) / sFile, file);
   };

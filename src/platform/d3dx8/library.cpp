@@ -1,5 +1,9 @@
 #include "platform/d3dx8/library.h"
 
+#include <exception>
+#include <type_traits>
+#include <utility>
+
 #include "platform/d3dx8/mesh.h"
 #include "platform/d3dx8/text.h"
 #include "platform/d3dx8/texture.h"
@@ -10,7 +14,7 @@ namespace {
 /// The helper object: each operation is in the header of its matter.
 class Helper final : public platform::D3DX8 {
  public:
-  explicit Helper(platform::Fonts& fonts) : m_fonts(fonts) {}
+  Helper(platform::Fonts& fonts, Report report) : m_fonts(fonts), m_report(std::move(report)) {}
 
   std::shared_ptr<platform::ID3DXFont> CreateFont(
       const std::shared_ptr<platform::IDirect3DDevice8>& Device,
@@ -25,7 +29,8 @@ class Helper final : public platform::D3DX8 {
       const std::string& sFile, std::uint32_t Options,
       const std::shared_ptr<platform::IDirect3DDevice8>& Device,
       std::shared_ptr<platform::D3DXBuffer>& Materials, std::int32_t& lMaterialCount) override {
-    return d3dx8::LoadMeshFromX(sFile, Options, Device, Materials, lMaterialCount);
+    return Reported(
+        [&] { return d3dx8::LoadMeshFromX(sFile, Options, Device, Materials, lMaterialCount); });
   }
   platform::D3DMATERIAL8 BufferGetMaterial(const platform::D3DXBuffer& Materials,
                                            std::int32_t lIndex) override {
@@ -40,16 +45,31 @@ class Helper final : public platform::D3DX8 {
       std::uint32_t Width, std::uint32_t Height, std::uint32_t MipLevels, std::uint32_t Usage,
       platform::D3DFORMAT Format, platform::D3DPOOL Pool, std::uint32_t Filter,
       std::uint32_t MipFilter, platform::D3DCOLOR ColorKey) override {
-    return d3dx8::CreateTextureFromFileEx(Device, sFile, Width, Height, MipLevels, Usage, Format,
-                                          Pool, Filter, MipFilter, ColorKey);
+    return Reported([&] {
+      return d3dx8::CreateTextureFromFileEx(Device, sFile, Width, Height, MipLevels, Usage, Format,
+                                            Pool, Filter, MipFilter, ColorKey);
+    });
   }
 
  private:
+  template <class Load>
+  std::invoke_result_t<Load> Reported(Load load) {
+    try {
+      return load();
+    } catch (const std::exception& failure) {
+      m_report(failure.what());
+      throw;
+    }
+  }
+
   platform::Fonts& m_fonts;
+  Report m_report;
 };
 
 }  // namespace
 
-std::shared_ptr<platform::D3DX8> Library::NewD3DX8() { return std::make_shared<Helper>(m_fonts); }
+std::shared_ptr<platform::D3DX8> Library::NewD3DX8() {
+  return std::make_shared<Helper>(m_fonts, m_report);
+}
 
 }  // namespace quillorbit::d3dx8

@@ -1,16 +1,25 @@
 #pragma once
 
+#include <functional>
+#include <utility>
+
 #include "platform/d3dx8/matrix_functions.h"
 #include "platform/fonts.h"
 
 namespace quillorbit::d3dx8 {
 
+/// Is told why a model or an image cannot be had, in words for the user.
+using Report = std::function<void(const char* sWhy)>;
+
 /// The automation library with D3DX over any device; the Direct3D below it is the adapter's.
 class Library : public MatrixFunctions {
  public:
-  explicit Library(platform::Fonts& fonts) : m_fonts(fonts) {}
+  Library(platform::Fonts& fonts, Report report) : m_report(std::move(report)), m_fonts(fonts) {}
 
   [[nodiscard]] std::shared_ptr<platform::D3DX8> NewD3DX8() override;
+
+ protected:
+  const Report m_report;
 
  private:
   platform::Fonts& m_fonts;

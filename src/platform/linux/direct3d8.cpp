@@ -23,14 +23,6 @@ void OnlyDefaultAdapter(std::uint32_t nAdapter) {
     throw D3DError(D3DERR_INVALIDCALL, "there is one adapter");
 }
 
-std::shared_ptr<GlContext> NewContext(GlContexts& contexts) {
-  try {
-    return contexts.New();
-  } catch (const std::exception& failure) {
-    throw D3DError(platform::D3DERR_NOTAVAILABLE, failure.what());
-  }
-}
-
 presentation::FrameDisplay DisplayOf(DrawingSurface& surface) {
   static constexpr bool bEnded = false;  // the device's timer ends with the device
   return {[&surface] { return surface.IsSeen(); }, [] { return std::chrono::steady_clock::now(); },
@@ -72,10 +64,9 @@ std::shared_ptr<platform::IDirect3DDevice8> LinuxDirect3D8::CreateDevice(
 
   std::shared_ptr<GlDevice> device;
   try {
-    device = std::make_shared<GlDevice>(NewContext(*m_contexts), m_contexts, *pSurface);
-  } catch (const D3DError&) {
-    throw;
+    device = std::make_shared<GlDevice>(m_contexts->New(), m_contexts, *pSurface);
   } catch (const std::exception& failure) {
+    m_report(failure.what());
     throw D3DError(platform::D3DERR_NOTAVAILABLE, failure.what());
   }
   auto newestFrame =

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "platform/d3dx8/library.h"
 #include "platform/direct3d8.h"
 #include "platform/linux/gl_context.h"
 
@@ -11,7 +12,9 @@ namespace quillorbit::linux_adapter {
 /// the display can show it.
 class LinuxDirect3D8 final : public platform::IDirect3D8 {
  public:
-  explicit LinuxDirect3D8(std::shared_ptr<GlContexts> contexts) : m_contexts(std::move(contexts)) {}
+  /// `report` is told why there is no OpenGL.
+  LinuxDirect3D8(std::shared_ptr<GlContexts> contexts, d3dx8::Report report)
+      : m_contexts(std::move(contexts)), m_report(std::move(report)) {}
 
   void GetAdapterDisplayMode(std::uint32_t Adapter, platform::D3DDISPLAYMODE& Mode) override;
   /// What OpenGL is asked for, every driver has.
@@ -26,6 +29,7 @@ class LinuxDirect3D8 final : public platform::IDirect3D8 {
 
  private:
   std::shared_ptr<GlContexts> m_contexts;
+  d3dx8::Report m_report;
 };
 
 }  // namespace quillorbit::linux_adapter

@@ -7,11 +7,10 @@
 
 namespace quillorbit::linux_adapter {
 
-/// The library on OpenGL.
+/// The library on OpenGL. Why there is no 3D view it says on the standard error.
 class LinuxDX8VB final : public d3dx8::Library {
  public:
-  LinuxDX8VB(platform::Fonts& fonts, std::shared_ptr<GlContexts> contexts)
-      : Library(fonts), m_contexts(std::move(contexts)) {}
+  LinuxDX8VB(platform::Fonts& fonts, std::shared_ptr<GlContexts> contexts);
 
   [[nodiscard]] std::shared_ptr<platform::DirectX8> NewDirectX8() override;
 
