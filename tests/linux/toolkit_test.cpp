@@ -220,6 +220,10 @@ TEST_F(ToolkitTest, DockedChildrenFollowTheFormBeforeItTells) {
       form->NewPictureBox({"bottom", 0, 900, 6000, 405, 0, font}, platform::Docking::Bottom);
   std::vector<float> widths;
   bottom->Resize = [&] { widths.push_back(bottom->ScaleWidth()); };
+  form->Width(7500);  // before it is shown, too
+  EXPECT_EQ(nResized, 1);
+  EXPECT_EQ(top->Width(), form->ScaleWidth());
+  EXPECT_GT(top->Width(), 6000);
   Show();
   nResized = 0;
   form->Width(9000);

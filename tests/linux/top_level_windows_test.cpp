@@ -267,6 +267,21 @@ TEST_F(TopLevelWindowsTest, TheOwnerIsAnotherWindowThatExists) {
   EXPECT_EQ(ownerOf(owner), 0U);
 }
 
+TEST_F(TopLevelWindowsTest, FrameIsKnownBeforeAWindowIsShown) {
+  const WindowHandle window = Make("window");
+  const auto frame = x11::RequestFrameExtents(x, window);
+  ASSERT_TRUE(frame);
+  EXPECT_GT(frame->top, frame->bottom);  // there is a title bar
+  EXPECT_FALSE(IsMapped(window));
+  xcb_delete_property(x, window, Atom("_NET_FRAME_EXTENTS"));
+  Show(window);
+  EXPECT_TRUE(Becomes(window, "_NET_FRAME_EXTENTS", frame->left));
+
+  EXPECT_FALSE(x11::RequestFrameExtents(x, root));  // nobody answers
+  xcb_delete_property(x, root, Atom("_NET_SUPPORTED"));
+  EXPECT_FALSE(x11::RequestFrameExtents(x, Make("other")));
+}
+
 TEST_F(TopLevelWindowsTest, AMarkedWindowIsCommandedAndNotTouched) {
   const WindowHandle window = Make("hidden");
   Set(window, "_QUILLORBIT_COMMANDS", "CARDINAL", 1U);

@@ -21,7 +21,7 @@ std::string ReadWholeFile(const std::string& sFile, std::uintmax_t nLimit) {
   if (static_cast<std::uintmax_t>(nSize) > nLimit) refuse("it is too long");
   std::string bytes(static_cast<std::size_t>(nSize), '\0');
   file.seekg(0);
-  file.read(bytes.data(), nSize);
+  file.read(bytes.data(), static_cast<std::streamsize>(nSize));
   if (file.gcount() != nSize) refuse("it cannot be read");
   return bytes;
 }
