@@ -162,6 +162,16 @@ TEST_F(Text, KeepsTheLinesUsedLast) {
   EXPECT_EQ(kept->Pixel(0, 1, 0), 0x00FFFFFFU);  // "3" has one byte
 }
 
+TEST_F(Text, IsMadeAnewWhenItsPlaceWasTakenInVain) {
+  for (int i = 0; i < 16; ++i) Draw(std::to_string(i), {0, 0, 5, 2});
+  m_log.Take();
+  m_log.FailAt(2);
+  EXPECT_THROW(Draw("larger", {0, 0, 9, 2}), std::system_error);
+  m_log.Take();
+  EXPECT_THAT(Rasterising("0"), ElementsAre(Rasterised("0"), "CreateTexture 8, 2, 1, 0, 21, 1"));
+  EXPECT_THAT(Rasterising("1"), IsEmpty());
+}
+
 TEST_F(Text, IsNotDrawnWhereThereIsNone) {
   for (const RECT& rect : {RECT{5, 5, 5, 9}, {5, 5, 9, 5}, {9, 5, 5, 9}, {5, 9, 9, 5}})
     Draw("abc", rect);

@@ -259,23 +259,28 @@ TEST_F(Textures, AreNotMadeOfAJpegThatHarmsItsDecoder) {
   std::string table("\xFF\xC4\x01\x24\x00", 5);
   table += std::string(11, '\0') + '\xFF' + '\x12' + std::string(3, '\0') + std::string(273, 'x');
   // Scans without data; a decoder fills in the pixels.
-  const std::string scan = jpeg.substr(jpeg.find("\xFF\xDA"), 14);
-  std::string scans;
-  for (int i = 0; i < 100; ++i) scans += scan;
+  const auto withScans = [](const std::string& bytes, int nScans) {
+    const std::size_t iBack = bytes.size() - 2, iScan = bytes.find("\xFF\xDA");
+    std::string scans;
+    for (int i = 0; i < nScans; ++i) scans += bytes.substr(iScan, 14);
+    return bytes.substr(0, iBack) + scans + bytes.substr(iBack);
+  };
+  const std::string progressive = Jpeg(Gradient(40, 24), true);
   const std::size_t iEnd = jpeg.size() - 2, iFirst = 2;
   for (const std::string& bytes :
        {jpeg.substr(0, iFirst) + table + jpeg.substr(iFirst),
         '\xFF' + jpeg.substr(0, iFirst) + "\xFF\xFF" + table + jpeg.substr(iFirst),
         jpeg.substr(0, iEnd) + table + jpeg.substr(iEnd),
-        jpeg.substr(0, iEnd) + scans + jpeg.substr(iEnd)}) {
+        jpeg.substr(0, iEnd) + "\xFF\xD0\x7F" + table + jpeg.substr(iEnd), withScans(jpeg, 4),
+        withScans(progressive, 50)}) {
     const std::string sFile = Write("image.jpg", bytes);
-    EXPECT_THAT(Failure(sFile), IsInvalid(sFile, "Corrupt JPEG"));
+    EXPECT_THAT(Failure(sFile), IsInvalid(sFile, "Corrupt JPEG (tables or scans)"));
   }
   // What looks like such a table inside a comment is none.
   const std::string comment = std::string("\xFF\xFE\x01\x29\x20", 5) + table;
-  const std::string sFile =
-      Write("image.jpg", jpeg.substr(0, iFirst) + comment + jpeg.substr(iFirst));
-  EXPECT_EQ(Read(sFile)->Width(0), 40U);
+  for (const std::string& bytes : {jpeg.substr(0, iFirst) + comment + jpeg.substr(iFirst),
+                                   withScans(jpeg, 3), withScans(progressive, 30)})
+    EXPECT_EQ(Read(Write("image.jpg", bytes))->Width(0), 40U);
 }
 
 }  // namespace

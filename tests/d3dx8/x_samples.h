@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -97,7 +98,9 @@ class BinaryWriter {
       Quoted(c, t.substr(m_i + 1, nEnd - m_i - 1));
       m_i = nEnd + 1;
     } else {
-      const std::size_t nEnd = std::min(t.find_first_of(" \n;,{}\"<", m_i + 1), t.size());
+      const bool bBrace = c == '{' || c == '}';
+      const std::size_t nWordEnd = std::min(t.find_first_of(" \n;,{}\"<", m_i), t.size());
+      const std::size_t nEnd = bBrace ? m_i + 1 : nWordEnd;
       Word(t.substr(m_i, nEnd - m_i));
       m_i = nEnd;
     }
@@ -211,8 +214,13 @@ struct Vertex {
 /// Loads a file, and has the mesh with all it did on a device that records.
 struct LoadedMesh {
   explicit LoadedMesh(const std::string& sBytes, std::uint32_t nOptions = 0) {
-    std::ofstream(folder / "model.x", std::ios::binary) << sBytes;
+    Write(sBytes);
     Load(nOptions);
+  }
+  /// Makes a new file: some systems wait for the disk when one is written anew.
+  void Write(const std::string& sBytes) const {
+    std::filesystem::remove(folder / "model.x");
+    std::ofstream(folder / "model.x", std::ios::binary) << sBytes;
   }
   void Load(std::uint32_t nOptions) {
     mesh = d3dx8::LoadMeshFromX(folder / "model.x", nOptions, device, materials, lMaterials);

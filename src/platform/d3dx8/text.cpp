@@ -84,8 +84,8 @@ void Fill(IDirect3DTexture8& texture, std::uint32_t nWidth, std::uint32_t nHeigh
           const platform::TextCoverage& coverage) {
   const platform::D3DLOCKED_RECT locked = texture.LockRect(0);
   const std::uint8_t* pCoverage = coverage.pixels.data();
-  for (std::uint32_t y = 0; y < nHeight; ++y) {
-    std::byte* pRow = locked.pBits + std::ptrdiff_t{locked.Pitch} * y;
+  std::byte* pRow = locked.pBits;
+  for (std::uint32_t y = 0; y < nHeight; ++y, pRow += locked.Pitch) {
     std::memset(pRow, 0xFF, std::size_t{4} * nWidth);
     const std::uint32_t nCovered = y < coverage.nHeight ? coverage.nWidth : 0;
     for (std::uint32_t x = 0; x < nWidth; ++x)

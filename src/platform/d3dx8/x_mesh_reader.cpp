@@ -1,6 +1,7 @@
 #include "platform/d3dx8/x_mesh_reader.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/d3dx8/x_texture_name.h"
 
@@ -19,7 +20,7 @@ void XMeshReader::ReadShared(const XObject& object) {
 }
 
 std::shared_ptr<const XMesh> XMeshReader::ReadMesh(const XObject& object) {
-  const auto mesh = std::make_shared<XMesh>();
+  auto mesh = std::make_shared<XMesh>();
   mesh->positions = ReadVectors();
   mesh->textureCoords.resize(mesh->positions.size());
   mesh->faces = ReadFaces(mesh->positions.size());
@@ -110,13 +111,13 @@ void XMeshReader::ReadMaterialList(XMesh& mesh) {
 }
 
 XMeshReader::MaterialPointer XMeshReader::FindMaterial(const XObject& reference) const {
-  const MaterialPointer material = m_materials.Find(reference);
+  MaterialPointer material = m_materials.Find(reference);
   if (!material) m_tokens.Refuse("a reference is to no material that stands before it");
   return material;
 }
 
 XMeshReader::MaterialPointer XMeshReader::ReadMaterial(const XObject& object) {
-  const auto material = std::make_shared<XMaterial>();
+  auto material = std::make_shared<XMaterial>();
   ReadColour(material->material.Diffuse);
   material->material.Diffuse.a = m_tokens.TakeFloat();
   material->material.Power = m_tokens.TakeFloat();
@@ -144,7 +145,7 @@ void XMeshReader::ReadColour(platform::D3DCOLORVALUE& colour) {
 }
 
 XMeshReader::TextPointer XMeshReader::ReadTextureName(const XObject& object) {
-  const auto texture = std::make_shared<const std::string>(TextureName(m_tokens.TakeText()));
+  auto texture = std::make_shared<const std::string>(TextureName(m_tokens.TakeText()));
   m_objects.SkipRest();
   m_textures.Add(object, texture);
   return texture;

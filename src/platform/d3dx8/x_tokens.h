@@ -60,7 +60,6 @@ class XTokens {
   [[nodiscard]] virtual std::string Place() const = 0;
 
  private:
-  /// The token as something to show, with "expected" before it.
   [[noreturn]] void RefuseToken(const char* pExpected, const XToken& token) const;
   [[nodiscard]] double Number(const XToken& token) const;
 

@@ -24,10 +24,10 @@ constexpr std::uint32_t DT_WORDBREAK = 0x010;
 constexpr std::uint32_t DT_SINGLELINE = 0x020;
 constexpr std::uint32_t DT_NOPREFIX = 0x800;
 
-/// The formatting flags as the toolkit's. Left is left for texts from right to left, too.
+/// The formatting flags as the toolkit's.
 int ToQtFlags(std::uint32_t lFormat) {
   const auto has = [&](std::uint32_t lFlag) { return (lFormat & lFlag) != 0; };
-  int lFlags = Qt::AlignAbsolute | Qt::TextDontClip;  // the image's edge clips
+  int lFlags = Qt::TextDontClip;  // the image's edge clips
   lFlags |= has(DT_CENTER) ? Qt::AlignHCenter : has(DT_RIGHT) ? Qt::AlignRight : Qt::AlignLeft;
   if (has(DT_SINGLELINE)) {
     lFlags |= Qt::TextSingleLine;
@@ -42,7 +42,7 @@ int ToQtFlags(std::uint32_t lFormat) {
 
 /// How many of the display's pixels so many pixels take.
 int ToDevicePixels(std::uint32_t nPixels, double dRatio) {
-  constexpr double dNoise = 1e-6;  // 280 * 1.1 is a little more than 308
+  constexpr double dNoise = 1e-6;  // 100 * 1.1 is a little more than 110
   const double dPixels = std::ceil(nPixels * dRatio - dNoise);
   if (!(dPixels <= nMostPixels)) throw std::invalid_argument("the space for a text is too large");
   return static_cast<int>(dPixels);
