@@ -158,6 +158,7 @@ void LinuxForm::Show() {
   for (std::size_t i = 1; i < stops.size(); ++i) QWidget::setTabOrder(stops[i - 1], stops[i]);
   if (m_window->focusWidget() == nullptr && !stops.empty()) stops.front()->setFocus();
   m_window->show();
+  x11::Flush();  // it comes up while its first picture is drawn
   // How a program's first window comes up is the window manager's affair.
   if (std::exchange(m_bShownBefore, true)) BringToFront();
 }

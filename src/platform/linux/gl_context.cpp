@@ -142,17 +142,29 @@ GlContexts::GlContexts(Maker make) : m_make(std::move(make)) {
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-std::shared_ptr<GlContext> GlContexts::New() { return m_next.valid() ? m_next.get() : m_make(); }
+std::shared_ptr<GlContext> GlContexts::New() { return m_next.valid() ? m_next.get() : Make(); }
 
 bool GlContexts::Available() {
   if (m_next.valid()) return true;  // New has been called before, and this was made meanwhile
   try {
     std::promise<std::shared_ptr<GlContext>> made;
-    made.set_value(m_make());
+    made.set_value(Make());
     m_next = made.get_future();
     return true;
   } catch (const std::exception&) {
     return false;
+  }
+}
+
+std::shared_ptr<GlContext> GlContexts::Make() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now < m_retry) std::rethrow_exception(m_failure);
+  try {
+    return m_make();
+  } catch (...) {
+    m_failure = std::current_exception();
+    m_retry = now + std::chrono::milliseconds(500);
+    throw;
   }
 }
 

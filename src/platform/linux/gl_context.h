@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <exception>
 #include <functional>
 #include <future>
 #include <memory>
@@ -69,7 +71,7 @@ class GlContext {
 };
 
 /// Makes contexts. The first is made beside the program's start, because the driver takes its time
-/// to load.
+/// to load. After a failure it is left alone for half a second: who asks may ask for each datagram.
 class GlContexts {
  public:
   using Maker = std::function<std::shared_ptr<GlContext>()>;
@@ -83,7 +85,11 @@ class GlContexts {
   [[nodiscard]] bool Available();
 
  private:
+  std::shared_ptr<GlContext> Make();
+
   Maker m_make;
+  std::exception_ptr m_failure;  ///< the last one, which counts until then
+  std::chrono::steady_clock::time_point m_retry;
   std::future<std::shared_ptr<GlContext>> m_next;
 };
 

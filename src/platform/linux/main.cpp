@@ -19,11 +19,12 @@
 int main(int argc, char** argv) {
   using namespace quillorbit;
   try {
-    const auto contexts =
-        std::make_shared<linux_adapter::GlContexts>();  // first: it takes its time
     linux_adapter::LinuxProcess process(argc, argv);  // before the toolkit takes its arguments out
     linux_adapter::LinuxResources resources;
     linux_adapter::LinuxToolkit toolkit(argc, argv, resources);
+    // The driver loads beside the steps that follow. Earlier, the toolkit's libraries would have to
+    // wait for the driver's.
+    const auto contexts = std::make_shared<linux_adapter::GlContexts>();
     linux_adapter::LinuxShell shell(toolkit, resources);
     linux_adapter::LinuxTopLevelWindows windows(
         [&toolkit](auto... icon) { toolkit.SetIcon(icon...); });

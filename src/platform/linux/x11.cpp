@@ -15,6 +15,10 @@ xcb_connection_t* ToolkitConnection() {
   return pX11 == nullptr ? nullptr : pX11->connection();
 }
 
+void Flush() {
+  if (xcb_connection_t* const pConnection = ToolkitConnection()) xcb_flush(pConnection);
+}
+
 xcb_atom_t InternAtom(xcb_connection_t* pConnection, std::string_view sName) {
   const xcb_intern_atom_cookie_t request =
       xcb_intern_atom(pConnection, 0, static_cast<std::uint16_t>(sName.size()), sName.data());

@@ -22,6 +22,9 @@ using Reply = std::unique_ptr<T, Free>;
 /// Null when its display is not an X server.
 [[nodiscard]] xcb_connection_t* ToolkitConnection();
 
+/// Sends what the toolkit has asked of the server, without waiting for its event loop.
+void Flush();
+
 /// 0 on a broken connection.
 [[nodiscard]] xcb_atom_t InternAtom(xcb_connection_t* pConnection, std::string_view sName);
 
