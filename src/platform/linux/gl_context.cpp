@@ -82,6 +82,7 @@ void GlContext::Create() {
   }
   MakeCurrent();
   LoadFunctions();
+  pipeline = std::make_unique<GlPipeline>(gl);
   eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
 }
 

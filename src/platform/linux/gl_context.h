@@ -1,45 +1,19 @@
 #pragma once
 
+#include <EGL/egl.h>
 #include <chrono>
 #include <exception>
 #include <functional>
 #include <future>
 #include <memory>
 
-#define GL_GLEXT_PROTOTYPES  // for their types alone: the functions come from the driver
-#include <EGL/egl.h>
-#include <GL/gl.h>
-#include <GL/glext.h>
+#include "platform/linux/gl_functions.h"
+#include "platform/linux/gl_pipeline.h"
 
 namespace quillorbit::linux_adapter {
 
-/// The driver's functions, as far as they are used.
-// clang-format off
-#define QUILLORBIT_GL_FUNCTIONS(X) \
-  X(ActiveTexture) X(AttachShader) X(BindAttribLocation) X(BindBuffer) X(BindFramebuffer) \
-  X(BindRenderbuffer) X(BindTexture) X(BlendFunc) X(BufferData) X(CheckFramebufferStatus) \
-  X(Clear) X(ClearColor) X(ColorMask) X(CompileShader) X(CreateProgram) X(CreateShader) \
-  X(CullFace) X(DeleteBuffers) X(DeleteFramebuffers) X(DeleteProgram) X(DeleteRenderbuffers) \
-  X(DeleteShader) X(DeleteTextures) X(Disable) X(DisableVertexAttribArray) X(DrawArrays) \
-  X(DrawElements) X(Enable) X(EnableVertexAttribArray) X(FramebufferRenderbuffer) \
-  X(FrontFace) X(GenBuffers) X(GenFramebuffers) X(GenRenderbuffers) X(GenTextures) \
-  X(GetError) X(GetProgramiv) X(GetShaderInfoLog) X(GetShaderiv) X(GetString) \
-  X(GetUniformLocation) X(LinkProgram) X(PixelStorei) X(ReadPixels) X(RenderbufferStorage) \
-  X(ShaderSource) X(TexImage2D) X(TexParameteri) X(Uniform1i) X(Uniform2f) X(Uniform3fv) \
-  X(Uniform4fv) X(UniformMatrix3fv) X(UniformMatrix4fv) X(UseProgram) X(VertexAttribPointer) \
-  X(Viewport)
-// clang-format on
-
-struct GlFunctions {
-#define QUILLORBIT_GL_MEMBER(name) decltype(&gl##name) name = nullptr;
-  QUILLORBIT_GL_FUNCTIONS(QUILLORBIT_GL_MEMBER)
-#undef QUILLORBIT_GL_MEMBER
-  /// Null where the driver does not tell.
-  PFNGLGETGRAPHICSRESETSTATUSPROC GetGraphicsResetStatus = nullptr;
-};
-
-/// An OpenGL context (2.1 or later) that draws off screen and needs no display. The resources that
-/// belong to it hold it.
+/// An OpenGL context (2.1 or later) that draws off screen and needs no display, with the one
+/// program that draws. The resources that belong to it hold it.
 class GlContext {
  public:
   /// Throws std::runtime_error when there is no OpenGL. The context is current nowhere, so another
@@ -58,6 +32,7 @@ class GlContext {
   [[nodiscard]] bool IsLost();
 
   GlFunctions gl;
+  std::unique_ptr<GlPipeline> pipeline;
 
  private:
   void Create();

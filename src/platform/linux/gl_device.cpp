@@ -47,8 +47,8 @@ GlDevice::GlDevice(std::shared_ptr<GlContext> context, std::shared_ptr<GlContext
   m_pixels = (QSizeF(size) * surface.devicePixelRatioF()).toSize();
   m_context->MakeCurrent();
   CreateBackBuffer();
-  m_pipeline = std::make_unique<GlPipeline>(m_context, static_cast<std::uint32_t>(size.width()),
-                                            static_cast<std::uint32_t>(size.height()));
+  m_context->pipeline->SetTarget(static_cast<std::uint32_t>(size.width()),
+                                 static_cast<std::uint32_t>(size.height()));
   CheckErrors();
 }
 
@@ -245,7 +245,7 @@ void GlDevice::Prepare(std::uint32_t nStride) {
     m_texture->Bind(filter(platform::D3DTSS_MAGFILTER), filter(platform::D3DTSS_MINFILTER),
                     filter(platform::D3DTSS_MIPFILTER));
   }
-  m_pipeline->Prepare(m_state, m_lVertexFormat, nStride, m_texture != nullptr);
+  m_context->pipeline->Prepare(m_state, m_lVertexFormat, nStride, m_texture != nullptr);
 }
 
 void GlDevice::Present(const platform::RECT* /*pSourceRect*/, const platform::RECT* /*pDestRect*/,

@@ -9,7 +9,6 @@
 #include "platform/direct3d8.h"
 #include "platform/linux/drawing_surface.h"
 #include "platform/linux/gl_context.h"
-#include "platform/linux/gl_pipeline.h"
 #include "platform/linux/gl_resources.h"
 
 namespace quillorbit::linux_adapter {
@@ -79,7 +78,6 @@ class GlDevice final : public platform::IDirect3DDevice8 {
   QSize m_pixels;  ///< of the back buffer
   QImage m_frame;
   GLuint m_framebuffer = 0, m_colourBuffer = 0, m_userVertices = 0;
-  std::unique_ptr<GlPipeline> m_pipeline;
 
   PipelineState m_state;
   std::shared_ptr<GlTexture> m_texture;

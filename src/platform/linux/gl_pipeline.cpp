@@ -86,7 +86,7 @@ void main() {
 }
 )";
 
-GLuint Compile(GlFunctions& gl, GLenum eKind, const char* sSource) {
+GLuint Compile(const GlFunctions& gl, GLenum eKind, const char* sSource) {
   const GLuint shader = gl.CreateShader(eKind);
   gl.ShaderSource(shader, 1, &sSource, nullptr);
   gl.CompileShader(shader);
@@ -95,7 +95,6 @@ GLuint Compile(GlFunctions& gl, GLenum eKind, const char* sSource) {
   if (bCompiled == GL_TRUE) return shader;
   std::array<char, 512> sLog{};
   gl.GetShaderInfoLog(shader, sLog.size() - 1, nullptr, sLog.data());
-  gl.DeleteShader(shader);
   throw std::runtime_error(std::string("OpenGL: the driver refuses a shader: ") + sLog.data());
 }
 
@@ -161,39 +160,30 @@ GLenum BlendFactor(std::uint32_t lBlend) {
 
 }  // namespace
 
-GlPipeline::GlPipeline(std::shared_ptr<GlContext> context, std::uint32_t nWidth,
-                       std::uint32_t nHeight)
-    : m_context(std::move(context)) {
-  GlFunctions& gl = m_context->gl;
-  const GLuint vertexShader = Compile(gl, GL_VERTEX_SHADER, sVertexShader);
-  const GLuint fragmentShader = Compile(gl, GL_FRAGMENT_SHADER, sFragmentShader);
-  m_program = gl.CreateProgram();
-  gl.AttachShader(m_program, vertexShader);
-  gl.AttachShader(m_program, fragmentShader);
-  gl.BindAttribLocation(m_program, Position, "position");
-  gl.BindAttribLocation(m_program, Normal, "normal");
-  gl.BindAttribLocation(m_program, Colour, "colour");
-  gl.BindAttribLocation(m_program, TextureCoordinates, "textureCoordinates");
-  gl.LinkProgram(m_program);
-  gl.DeleteShader(vertexShader);
-  gl.DeleteShader(fragmentShader);
+GlPipeline::GlPipeline(const GlFunctions& functions) : m_gl(functions) {
+  const GLuint vertexShader = Compile(m_gl, GL_VERTEX_SHADER, sVertexShader);
+  const GLuint fragmentShader = Compile(m_gl, GL_FRAGMENT_SHADER, sFragmentShader);
+  m_program = m_gl.CreateProgram();
+  m_gl.AttachShader(m_program, vertexShader);
+  m_gl.AttachShader(m_program, fragmentShader);
+  m_gl.BindAttribLocation(m_program, Position, "position");
+  m_gl.BindAttribLocation(m_program, Normal, "normal");
+  m_gl.BindAttribLocation(m_program, Colour, "colour");
+  m_gl.BindAttribLocation(m_program, TextureCoordinates, "textureCoordinates");
+  m_gl.LinkProgram(m_program);
   GLint bLinked = GL_FALSE;
-  gl.GetProgramiv(m_program, GL_LINK_STATUS, &bLinked);
-  if (bLinked != GL_TRUE) {
-    gl.DeleteProgram(m_program);
-    throw std::runtime_error("OpenGL: the driver does not link the shaders");
-  }
-  gl.UseProgram(m_program);
-  gl.Uniform2f(Uniform("pixel"), 1 / static_cast<float>(nWidth), 1 / static_cast<float>(nHeight));
+  m_gl.GetProgramiv(m_program, GL_LINK_STATUS, &bLinked);
+  if (bLinked != GL_TRUE) throw std::runtime_error("OpenGL: the driver does not link the shaders");
 }
 
-GlPipeline::~GlPipeline() {
-  if (m_context->TryMakeCurrent()) m_context->gl.DeleteProgram(m_program);
+void GlPipeline::SetTarget(std::uint32_t nWidth, std::uint32_t nHeight) {
+  m_gl.UseProgram(m_program);
+  m_gl.Uniform2f(Uniform("pixel"), 1 / static_cast<float>(nWidth), 1 / static_cast<float>(nHeight));
 }
 
 void GlPipeline::Prepare(const PipelineState& state, std::uint32_t lFormat, std::uint32_t nStride,
                          bool bTextured) {
-  m_context->gl.UseProgram(m_program);
+  m_gl.UseProgram(m_program);
   SetVertexFormat(lFormat, nStride);
   SetTransforms(state);
   SetLighting(state);
@@ -202,19 +192,18 @@ void GlPipeline::Prepare(const PipelineState& state, std::uint32_t lFormat, std:
 }
 
 void GlPipeline::SetVertexFormat(std::uint32_t lFormat, std::uint32_t nStride) {
-  GlFunctions& gl = m_context->gl;
   const bool bTransformed = (lFormat & platform::D3DFVF_XYZRHW) != 0;
   if (bTransformed == ((lFormat & platform::D3DFVF_XYZ) != 0))
     throw D3DError(D3DERR_INVALIDCALL, "unknown vertex format");
-  gl.Uniform1i(Uniform("transformed"), bTransformed ? 1 : 0);
+  m_gl.Uniform1i(Uniform("transformed"), bTransformed ? 1 : 0);
 
   std::uintptr_t nOffset = 0;
   const auto attribute = [&](Attribute eAttribute, bool bThere, GLint nValues, GLenum eType,
                              GLboolean bNormalised, std::uintptr_t nBytes) {
-    if (!bThere) return gl.DisableVertexAttribArray(eAttribute);
-    gl.EnableVertexAttribArray(eAttribute);
-    gl.VertexAttribPointer(eAttribute, nValues, eType, bNormalised, static_cast<GLsizei>(nStride),
-                           reinterpret_cast<const void*>(nOffset));
+    if (!bThere) return m_gl.DisableVertexAttribArray(eAttribute);
+    m_gl.EnableVertexAttribArray(eAttribute);
+    m_gl.VertexAttribPointer(eAttribute, nValues, eType, bNormalised, static_cast<GLsizei>(nStride),
+                             reinterpret_cast<const void*>(nOffset));
     nOffset += nBytes;
   };
   attribute(Position, true, bTransformed ? 4 : 3, GL_FLOAT, GL_FALSE, bTransformed ? 16 : 12);
@@ -225,15 +214,13 @@ void GlPipeline::SetVertexFormat(std::uint32_t lFormat, std::uint32_t nStride) {
 }
 
 void GlPipeline::SetTransforms(const PipelineState& state) {
-  GlFunctions& gl = m_context->gl;
   const D3DMATRIX worldView = Product(state.world, state.view);
-  gl.UniformMatrix4fv(Uniform("worldView"), 1, GL_FALSE, Data(worldView));
-  gl.UniformMatrix4fv(Uniform("projection"), 1, GL_FALSE, Data(state.projection));
-  gl.UniformMatrix3fv(Uniform("normalMatrix"), 1, GL_FALSE, InverseTranspose(worldView).data());
+  m_gl.UniformMatrix4fv(Uniform("worldView"), 1, GL_FALSE, Data(worldView));
+  m_gl.UniformMatrix4fv(Uniform("projection"), 1, GL_FALSE, Data(state.projection));
+  m_gl.UniformMatrix3fv(Uniform("normalMatrix"), 1, GL_FALSE, InverseTranspose(worldView).data());
 }
 
 void GlPipeline::SetLighting(const PipelineState& state) {
-  GlFunctions& gl = m_context->gl;
   D3DCOLORVALUE ambient = ToColourValue(state.renderStates.at(platform::D3DRS_AMBIENT));
   std::array<std::array<float, 3>, nMostLights> directions{};
   std::array<D3DCOLORVALUE, nMostLights> colours{};
@@ -250,42 +237,42 @@ void GlPipeline::SetLighting(const PipelineState& state) {
   }
   const D3DCOLORVALUE& own = state.material.Ambient;
   ambient = {own.r * ambient.r, own.g * ambient.g, own.b * ambient.b, 0};
-  gl.Uniform1i(Uniform("lighting"), state.renderStates.at(platform::D3DRS_LIGHTING) != 0 ? 1 : 0);
-  gl.Uniform4fv(Uniform("emissive"), 1, &state.material.Emissive.r);
-  gl.Uniform4fv(Uniform("ambient"), 1, &ambient.r);
-  gl.Uniform4fv(Uniform("diffuse"), 1, &state.material.Diffuse.r);
-  gl.Uniform1i(Uniform("lights"), static_cast<GLint>(nLights));
-  gl.Uniform3fv(Uniform("lightDirection"), nMostLights, directions[0].data());
-  gl.Uniform4fv(Uniform("lightColour"), nMostLights, &colours[0].r);
+  m_gl.Uniform1i(Uniform("lighting"), state.renderStates.at(platform::D3DRS_LIGHTING) != 0 ? 1 : 0);
+  m_gl.Uniform4fv(Uniform("emissive"), 1, &state.material.Emissive.r);
+  m_gl.Uniform4fv(Uniform("ambient"), 1, &ambient.r);
+  m_gl.Uniform4fv(Uniform("diffuse"), 1, &state.material.Diffuse.r);
+  m_gl.Uniform1i(Uniform("lights"), static_cast<GLint>(nLights));
+  m_gl.Uniform3fv(Uniform("lightDirection"), nMostLights, directions[0].data());
+  m_gl.Uniform4fv(Uniform("lightColour"), nMostLights, &colours[0].r);
 }
 
 void GlPipeline::SetTextureStage(const PipelineState& state, bool bTextured) {
-  GlFunctions& gl = m_context->gl;
   const std::uint32_t lColour = state.stage0.at(platform::D3DTSS_COLOROP);
   const std::uint32_t lAlpha = state.stage0.at(platform::D3DTSS_ALPHAOP);
   if (lColour > platform::D3DTOP_MODULATE || lAlpha > platform::D3DTOP_MODULATE)
     throw D3DError(D3DERR_INVALIDCALL, "unknown texture operation");
-  gl.Uniform1i(Uniform("textured"), bTextured && lColour != platform::D3DTOP_DISABLE ? 1 : 0);
-  gl.Uniform1i(Uniform("colourOperation"), static_cast<GLint>(lColour));
-  gl.Uniform1i(Uniform("alphaOperation"), static_cast<GLint>(lAlpha));
+  m_gl.Uniform1i(Uniform("textured"), bTextured && lColour != platform::D3DTOP_DISABLE ? 1 : 0);
+  m_gl.Uniform1i(Uniform("colourOperation"), static_cast<GLint>(lColour));
+  m_gl.Uniform1i(Uniform("alphaOperation"), static_cast<GLint>(lAlpha));
 }
 
 void GlPipeline::SetRasteriser(const PipelineState& state) {
-  GlFunctions& gl = m_context->gl;
-  const auto toggle = [&](GLenum eWhat, bool bOn) { bOn ? gl.Enable(eWhat) : gl.Disable(eWhat); };
+  const auto toggle = [&](GLenum eWhat, bool bOn) {
+    bOn ? m_gl.Enable(eWhat) : m_gl.Disable(eWhat);
+  };
   const std::uint32_t lCull = state.renderStates.at(platform::D3DRS_CULLMODE);
   toggle(GL_CULL_FACE, lCull != platform::D3DCULL_NONE);
   // With the first row at the bottom, what is clockwise on the screen is counter-clockwise here.
-  gl.CullFace(lCull == platform::D3DCULL_CCW ? GL_BACK : GL_FRONT);
+  m_gl.CullFace(lCull == platform::D3DCULL_CCW ? GL_BACK : GL_FRONT);
   toggle(GL_BLEND, state.renderStates.at(platform::D3DRS_ALPHABLENDENABLE) != 0);
-  gl.BlendFunc(BlendFactor(state.renderStates.at(platform::D3DRS_SRCBLEND)),
-               BlendFactor(state.renderStates.at(platform::D3DRS_DESTBLEND)));
+  m_gl.BlendFunc(BlendFactor(state.renderStates.at(platform::D3DRS_SRCBLEND)),
+                 BlendFactor(state.renderStates.at(platform::D3DRS_DESTBLEND)));
 }
 
 GLint GlPipeline::Uniform(const char* sName) {
   const auto known = m_uniforms.find(sName);
   if (known != m_uniforms.end()) return known->second;
-  return m_uniforms[sName] = m_context->gl.GetUniformLocation(m_program, sName);
+  return m_uniforms[sName] = m_gl.GetUniformLocation(m_program, sName);
 }
 
 }  // namespace quillorbit::linux_adapter

@@ -2,12 +2,11 @@
 
 #include <array>
 #include <map>
-#include <memory>
 #include <set>
 #include <string_view>
 
 #include "platform/direct3d8.h"
-#include "platform/linux/gl_context.h"
+#include "platform/linux/gl_functions.h"
 
 namespace quillorbit::linux_adapter {
 
@@ -38,12 +37,12 @@ struct PipelineState {
 /// its first row is the topmost one; a triangle's winding on the screen is then OpenGL's.
 class GlPipeline {
  public:
-  /// The back buffer's size in pixels. The context is current. Throws std::runtime_error when the
-  /// driver does not take the shaders.
-  GlPipeline(std::shared_ptr<GlContext> context, std::uint32_t nWidth, std::uint32_t nHeight);
-  ~GlPipeline();
-  GlPipeline(const GlPipeline&) = delete;
-  GlPipeline& operator=(const GlPipeline&) = delete;
+  /// With the functions of a context, which is current at every call and keeps the program. Throws
+  /// std::runtime_error when the driver does not take the shaders.
+  explicit GlPipeline(const GlFunctions& functions);
+
+  /// The back buffer's size in its coordinates' pixels.
+  void SetTarget(std::uint32_t nWidth, std::uint32_t nHeight);
 
   /// Prepares the drawing of vertices of a format (a combination of D3DFVF), which lie in the
   /// array buffer that is bound. Throws D3DError for a format or a state that it does not know.
@@ -58,7 +57,7 @@ class GlPipeline {
   void SetRasteriser(const PipelineState& state);
   [[nodiscard]] GLint Uniform(const char* sName);
 
-  std::shared_ptr<GlContext> m_context;
+  const GlFunctions& m_gl;
   GLuint m_program = 0;
   std::map<std::string_view, GLint> m_uniforms;
 };
