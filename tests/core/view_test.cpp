@@ -30,7 +30,7 @@ const Lines setup = {
     "SetTransform 256, 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1", sEyeInFront,
     "SetTransform 3, 0x1.3504f2p+1 0 0 0 0 0x1.3504f2p+1 0 0 0 0 0x1.000d1cp+0 1 "
     "0 0 -0x1.99ae94p-4 0",
-    "StdFont.Name = Verdana", "StdFont.Size = 12", "CreateFont device, 77",
+    "NewStdFont", "StdFont.Name = Verdana", "StdFont.Size = 12", "CreateFont device, 77",
     "LoadMeshFromX C:\\Games\\testPlane.x, 544, device",
     "CreateTextureFromFileEx device, C:\\Games\\front.png, 128, 128, 4294967295, 0, 0, 1, 3, 3, 0",
     "SetMaterial 1 1 1 1, 1 1 1 1, 0 0 0 0, 0 0 0 0, 0",
@@ -206,6 +206,7 @@ TEST_F(ViewTest, WhateverTheSetupLacksTheTextDisplayTakesItsPlaceForGood) {
   p.main.Form_Load();
   const Lines whole = p.Take();
   const auto first = std::find(whole.begin(), whole.end(), setup.front()) - whole.begin();
+  Lines calls;
   for (std::size_t k = 0; k < setup.size(); ++k) {
     Program broken;
     broken.platform.dx8vb.bPresent = true;
@@ -213,11 +214,12 @@ TEST_F(ViewTest, WhateverTheSetupLacksTheTextDisplayTakesItsPlaceForGood) {
     broken.Take();
     broken.platform.log.FailAt(static_cast<std::size_t>(first) + k + 1);
     broken.main.Form_Load();
-    const Lines calls = broken.Take();
+    calls = broken.Take();
     EXPECT_THAT(calls, Not(Contains(StartsWith("MsgBox")))) << setup[k];
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "NewDirectX8"), 1) << setup[k];
     expectText(broken, setup[k]);
   }
+  EXPECT_THAT(calls, Contains("mesh released"));  // what was made goes with the setup
   Program modelLess;
   modelLess.platform.dx8vb.bPresent = true;
   modelLess.platform.dx8vb.model.bHasMesh = false;
@@ -254,17 +256,19 @@ TEST_F(ViewTest, DeviceThatWaitsForAResetIsMadeAnewByTheNextRequest) {
                                     "DirectX8 released"));
   EXPECT_FALSE(p.platform.Window().bVisible);
 
-  // A setup that fails draws nothing, and each request tries again.
-  for (const std::size_t nFailing : {std::size_t{1}, std::size_t{6}, setup.size()}) {
+  // A setup that fails draws nothing, and each request tries again; the font object is still there.
+  Lines again = setup;
+  std::erase(again, "NewStdFont");
+  for (const std::size_t nFailing : {std::size_t{1}, std::size_t{6}, again.size()}) {
     p.platform.log.FailAt(nFailing);
     p.platform.Window().Paint();
     Lines lines = p.Take();
     std::erase_if(lines, [](const std::string& s) { return s.ends_with("released"); });
-    Lines expected(setup.begin(), setup.begin() + static_cast<long>(nFailing));
+    Lines expected(again.begin(), again.begin() + static_cast<long>(nFailing));
     EXPECT_EQ(lines, expected);
   }
   p.platform.Window().Paint();
-  Lines expected = setup;
+  Lines expected = again;
   const Lines frame = Frame(sLevel, sEyeInFront, Light::Red);
   expected.insert(expected.end(), frame.begin(), frame.end());
   EXPECT_EQ(p.Take(), expected);

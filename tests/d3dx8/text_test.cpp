@@ -57,8 +57,7 @@ class Text : public testing::Test {
   fakes::CallLog m_log;
   fakes::FakeFonts m_fonts{m_log};
   std::shared_ptr<Device> m_device = std::make_shared<Device>(m_log);
-  std::shared_ptr<platform::ID3DXFont> m_font =
-      d3dx8::CreateFont(m_fonts, m_device, m_fonts.NewStdFont()->hFont());
+  std::shared_ptr<platform::ID3DXFont> m_font = d3dx8::CreateFont(m_fonts, m_device, m_fonts.hFont);
 };
 
 const std::vector<std::string> drawing = {

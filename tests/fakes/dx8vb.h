@@ -28,6 +28,7 @@ struct FakeMaterials : platform::D3DXBuffer {
 class FakeMesh : public platform::ID3DXMesh {
  public:
   explicit FakeMesh(CallLog& log) : m_log(log) {}
+  ~FakeMesh() override { m_log.Note("mesh released"); }
   void DrawSubset(std::uint32_t AttribId) override { m_log.Call("DrawSubset ", AttribId); }
   std::uint32_t GetNumFaces() const override { return 12; }
   std::uint32_t GetNumVertices() const override { return 24; }

@@ -16,6 +16,7 @@ class FakeFonts : public platform::Fonts {
   explicit FakeFonts(CallLog& log) : m_log(log) {}
 
   std::unique_ptr<platform::StdFont> NewStdFont() override {
+    m_log.Call("NewStdFont");
     return std::make_unique<Font>(m_log, hFont);
   }
   void DrawText(platform::FontHandle hUsed, std::string_view sText, std::uint32_t nWidth,
