@@ -46,9 +46,9 @@ bool RequestActivation(xcb_connection_t* pConnection, xcb_window_t window);
 struct FrameExtents {
   std::uint32_t left, right, top, bottom;
 };
-/// Asks the window manager for the frame that a window of the root will get (the window manager
-/// specification's _NET_REQUEST_FRAME_EXTENTS). Nothing where it does not tell, or not within a
-/// twentieth of a second.
+/// Asks the window manager for the frame that a window of the root will get
+/// (_NET_REQUEST_FRAME_EXTENTS of EWMH). Nothing where it does not tell, or not within a twentieth
+/// of a second.
 [[nodiscard]] std::optional<FrameExtents> RequestFrameExtents(xcb_connection_t* pConnection,
                                                               xcb_window_t window);
 
