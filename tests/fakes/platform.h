@@ -23,7 +23,9 @@ namespace quillorbit::fakes {
 /// The third adapter: a platform that records what the program asks of it, and on which a test
 /// raises the events.
 struct FakePlatform {
-  FakePlatform() { xml.store.texts["the stylesheet"] = std::make_shared<XmlTree>(); }
+  // Out of line, so that the fakes are compiled once and not with every test.
+  FakePlatform();
+  ~FakePlatform();
 
   CallLog log;
   FakeResources resources{log};
