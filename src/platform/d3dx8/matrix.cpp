@@ -86,4 +86,17 @@ D3DMATRIX MatrixPerspectiveFovLH(float fFovY, float fAspect, float fNear, float 
             {0, 0, Rounded(-dDepth * fNear), 0}}}};
 }
 
+std::array<std::array<double, 3>, 3> Cofactors(const D3DMATRIX& matrix) {
+  const auto& m = matrix.m;
+  std::array<std::array<double, 3>, 3> cofactors{};
+  for (std::size_t i = 0; i < 3; ++i) {
+    const std::size_t i1 = (i + 1) % 3, i2 = (i + 2) % 3;
+    for (std::size_t j = 0; j < 3; ++j) {
+      const std::size_t j1 = (j + 1) % 3, j2 = (j + 2) % 3;
+      cofactors[i][j] = double{m[i1][j1]} * m[i2][j2] - double{m[i1][j2]} * m[i2][j1];
+    }
+  }
+  return cofactors;
+}
+
 }  // namespace quillorbit::d3dx8

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 #include "platform/direct3d8.h"
 
 // The matrix functions of D3DX, after the platform's documentation of each. What they compute they
@@ -22,5 +24,9 @@ namespace quillorbit::d3dx8 {
                                                  const platform::D3DVECTOR& vUp);
 [[nodiscard]] platform::D3DMATRIX MatrixPerspectiveFovLH(float fFovY, float fAspect, float fNear,
                                                          float fFar);
+
+/// The cofactors of the upper left 3 x 3: its inverse transpose, by which normals are transformed,
+/// times its determinant. The determinant is their first row's product with the matrix's.
+[[nodiscard]] std::array<std::array<double, 3>, 3> Cofactors(const platform::D3DMATRIX& matrix);
 
 }  // namespace quillorbit::d3dx8

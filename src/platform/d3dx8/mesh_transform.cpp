@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "platform/d3dx8/matrix.h"
 #include "platform/d3dx8/x_error.h"
 
 namespace quillorbit::d3dx8 {
@@ -20,17 +21,9 @@ float Coordinate(double d) {
 // The inverse transpose is the matrix of the cofactors divided by the determinant, of which the
 // sign alone matters for a direction. So it does not matter either when there is no inverse.
 MeshTransform::MeshTransform(const platform::D3DMATRIX& matrix)
-    : m_matrix(matrix), m_normalMatrix{} {
-  const auto& m = matrix.m;
-  for (std::size_t i = 0; i < 3; ++i) {
-    const std::size_t i1 = (i + 1) % 3, i2 = (i + 2) % 3;
-    for (std::size_t j = 0; j < 3; ++j) {
-      const std::size_t j1 = (j + 1) % 3, j2 = (j + 2) % 3;
-      m_normalMatrix[i][j] = double{m[i1][j1]} * m[i2][j2] - double{m[i1][j2]} * m[i2][j1];
-    }
-  }
+    : m_matrix(matrix), m_normalMatrix(Cofactors(matrix)) {
   double dDeterminant = 0;
-  for (std::size_t j = 0; j < 3; ++j) dDeterminant += m[0][j] * m_normalMatrix[0][j];
+  for (std::size_t j = 0; j < 3; ++j) dDeterminant += matrix.m[0][j] * m_normalMatrix[0][j];
   if (dDeterminant >= 0) return;
   for (auto& row : m_normalMatrix)
     for (double& d : row) d = -d;

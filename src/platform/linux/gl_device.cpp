@@ -1,7 +1,6 @@
 #include "platform/linux/gl_device.h"
 
-#include <cmath>
-#include <exception>
+#include <string>
 
 namespace quillorbit::linux_adapter {
 namespace {

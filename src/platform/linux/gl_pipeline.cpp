@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "platform/d3dx8/matrix.h"
+
 namespace quillorbit::linux_adapter {
 namespace {
 
@@ -101,29 +103,17 @@ GLuint Compile(const GlFunctions& gl, GLenum eKind, const char* sSource) {
 /// As OpenGL counts matrices, column by column, this is the matrix for column vectors.
 const float* Data(const D3DMATRIX& matrix) { return matrix.m[0].data(); }
 
-D3DMATRIX Product(const D3DMATRIX& a, const D3DMATRIX& b) {
-  D3DMATRIX product{};
-  for (std::size_t i = 0; i < 4; ++i)
-    for (std::size_t j = 0; j < 4; ++j)
-      for (std::size_t k = 0; k < 4; ++k) product.m[i][j] += a.m[i][k] * b.m[k][j];
-  return product;
-}
-
-/// The inverse transpose of a matrix's upper left 3 x 3: its cofactors over its determinant. Row by
-/// row, as it multiplies row vectors. A matrix that has no inverse gives zeros.
+/// The inverse transpose of a matrix's upper left 3 x 3, row by row, as it multiplies row vectors.
+/// A matrix that has no inverse gives zeros.
 std::array<float, 9> InverseTranspose(const D3DMATRIX& matrix) {
-  const auto& m = matrix.m;
-  std::array<float, 9> cofactors{};
-  for (std::size_t i = 0; i < 3; ++i) {
-    for (std::size_t j = 0; j < 3; ++j) {
-      const std::size_t i1 = (i + 1) % 3, i2 = (i + 2) % 3, j1 = (j + 1) % 3, j2 = (j + 2) % 3;
-      cofactors[3 * i + j] = m[i1][j1] * m[i2][j2] - m[i1][j2] * m[i2][j1];
-    }
-  }
-  const float fDeterminant =
-      m[0][0] * cofactors[0] + m[0][1] * cofactors[1] + m[0][2] * cofactors[2];
-  for (float& f : cofactors) f = fDeterminant == 0 ? 0 : f / fDeterminant;
-  return cofactors;
+  const auto cofactors = d3dx8::Cofactors(matrix);
+  double dDeterminant = 0;
+  for (std::size_t j = 0; j < 3; ++j) dDeterminant += matrix.m[0][j] * cofactors[0][j];
+  std::array<float, 9> result{};
+  if (dDeterminant == 0) return result;
+  for (std::size_t i = 0; i < 9; ++i)
+    result[i] = static_cast<float>(cofactors[i / 3][i % 3] / dDeterminant);
+  return result;
 }
 
 /// A direction in world space, of length 1 in camera space.
@@ -214,7 +204,7 @@ void GlPipeline::SetVertexFormat(std::uint32_t lFormat, std::uint32_t nStride) {
 }
 
 void GlPipeline::SetTransforms(const PipelineState& state) {
-  const D3DMATRIX worldView = Product(state.world, state.view);
+  const D3DMATRIX worldView = d3dx8::MatrixMultiply(state.world, state.view);
   m_gl.UniformMatrix4fv(Uniform("worldView"), 1, GL_FALSE, Data(worldView));
   m_gl.UniformMatrix4fv(Uniform("projection"), 1, GL_FALSE, Data(state.projection));
   m_gl.UniformMatrix3fv(Uniform("normalMatrix"), 1, GL_FALSE, InverseTranspose(worldView).data());
