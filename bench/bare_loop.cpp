@@ -23,7 +23,7 @@
 #include "base/Bytes.h"
 #include "intake/MotionData.h"
 #include "joystick/JoystickReport.h"
-#include "platform/linux/runtime_folder.h"
+#include "platform/linux/process/runtime_folder.h"
 
 namespace {
 

@@ -13,11 +13,11 @@
 
 #include "app/frmMain.h"
 #include "fakes/platform.h"
-#include "platform/linux/drawing_surface.h"
-#include "platform/linux/dx8vb.h"
-#include "platform/linux/fonts.h"
-#include "platform/linux/process.h"
-#include "platform/linux/toolkit.h"
+#include "platform/linux/graphics/dx8vb.h"
+#include "platform/linux/process/process.h"
+#include "platform/linux/window/drawing_surface.h"
+#include "platform/linux/window/fonts.h"
+#include "platform/linux/window/toolkit.h"
 
 namespace quillorbit::bench {
 namespace {

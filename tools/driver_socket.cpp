@@ -15,8 +15,8 @@
 #include <unistd.h>
 
 #include "base/Bytes.h"
-#include "platform/linux/lock_file.h"
-#include "platform/linux/runtime_folder.h"
+#include "platform/linux/process/lock_file.h"
+#include "platform/linux/process/runtime_folder.h"
 #include "tools/system_call.h"
 
 namespace quillorbit::tools {

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "joystick/JoystickReport.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/linux/process/file_descriptor.h"
 
 namespace quillorbit::tools {
 

@@ -6,7 +6,7 @@
 
 #include <poll.h>
 
-#include "platform/linux/runtime_folder.h"
+#include "platform/linux/process/runtime_folder.h"
 #include "tools/driver_socket.h"
 #include "tools/send_schedule.h"
 #include "tools/udp_sender.h"

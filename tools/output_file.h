@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/linux/process/file_descriptor.h"
 #include "tools/stop_signal.h"
 
 namespace quillorbit::tools {

@@ -5,7 +5,7 @@
 
 #include <poll.h>
 
-#include "platform/linux/runtime_folder.h"
+#include "platform/linux/process/runtime_folder.h"
 #include "tools/arguments.h"
 #include "tools/driver_socket.h"
 #include "tools/output_file.h"

@@ -7,7 +7,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/linux/process/file_descriptor.h"
 #include "tools/system_call.h"
 
 namespace quillorbit::tools {

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/linux/process/file_descriptor.h"
 
 namespace quillorbit::tools {
 

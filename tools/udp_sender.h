@@ -4,7 +4,7 @@
 #include <string>
 
 #include "intake/MotionData.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/linux/process/file_descriptor.h"
 
 namespace quillorbit::tools {
 

@@ -11,7 +11,7 @@
 
 #include "intake/MotionData.h"
 #include "joystick/JoystickReport.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/linux/process/file_descriptor.h"
 #include "support/child_process.h"
 #include "support/virtual_display.h"
 

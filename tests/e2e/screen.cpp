@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-#include "platform/linux/x11.h"
+#include "platform/linux/desktop/x11.h"
 
 namespace quillorbit::test {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <QCoreApplication>
 
-#include "platform/linux/process.h"
+#include "platform/linux/process/process.h"
 
 int main(int argc, char** argv) {
   // The process tests start copies of this program that tell what they know of themselves.

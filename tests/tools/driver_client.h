@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "joystick/JoystickReport.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/linux/process/file_descriptor.h"
 
 namespace quillorbit::tools {
 

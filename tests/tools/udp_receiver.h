@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/linux/process/file_descriptor.h"
 
 namespace quillorbit::tools {
 

@@ -4,17 +4,17 @@
 #include <exception>
 
 #include "app/frmMain.h"
-#include "platform/linux/code_page.h"
-#include "platform/linux/device.h"
-#include "platform/linux/dx8vb.h"
-#include "platform/linux/fonts.h"
-#include "platform/linux/process.h"
-#include "platform/linux/resources.h"
-#include "platform/linux/shell.h"
-#include "platform/linux/toolkit.h"
-#include "platform/linux/top_level_windows.h"
-#include "platform/linux/udp_socket.h"
-#include "platform/linux/xml_document.h"
+#include "platform/linux/desktop/top_level_windows.h"
+#include "platform/linux/graphics/dx8vb.h"
+#include "platform/linux/joystick/device.h"
+#include "platform/linux/network/udp_socket.h"
+#include "platform/linux/process/code_page.h"
+#include "platform/linux/process/process.h"
+#include "platform/linux/process/resources.h"
+#include "platform/linux/profile/xml_document.h"
+#include "platform/linux/tray/shell.h"
+#include "platform/linux/window/fonts.h"
+#include "platform/linux/window/toolkit.h"
 
 int main(int argc, char** argv) {
   using namespace quillorbit;

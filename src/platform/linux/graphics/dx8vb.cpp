@@ -1,0 +1,41 @@
+#include "platform/linux/graphics/dx8vb.h"
+
+#include <cstdio>
+#include <string>
+#include <utility>
+
+#include "platform/linux/graphics/direct3d8.h"
+
+namespace quillorbit::linux_adapter {
+namespace {
+
+/// Says what it is told, and the same thing once: a view that cannot be made is tried again.
+d3dx8::Report StandardError() {
+  return [last = std::make_shared<std::string>()](const char* sWhy) {
+    if (std::exchange(*last, sWhy) != sWhy) std::fprintf(stderr, "quillorbit: %s\n", sWhy);
+  };
+}
+
+class LinuxDirectX8 final : public platform::DirectX8 {
+ public:
+  LinuxDirectX8(std::shared_ptr<GlContexts> contexts, d3dx8::Report report)
+      : m_contexts(std::move(contexts)), m_report(std::move(report)) {}
+  std::shared_ptr<platform::IDirect3D8> Direct3DCreate() override {
+    return std::make_shared<LinuxDirect3D8>(m_contexts, m_report);
+  }
+
+ private:
+  std::shared_ptr<GlContexts> m_contexts;
+  d3dx8::Report m_report;
+};
+
+}  // namespace
+
+LinuxDX8VB::LinuxDX8VB(platform::Fonts& fonts, std::shared_ptr<GlContexts> contexts)
+    : Library(fonts, StandardError()), m_contexts(std::move(contexts)) {}
+
+std::shared_ptr<platform::DirectX8> LinuxDX8VB::NewDirectX8() {
+  return std::make_shared<LinuxDirectX8>(m_contexts, m_report);
+}
+
+}  // namespace quillorbit::linux_adapter

@@ -1,0 +1,126 @@
+#include "platform/linux/process/whole_file.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/linux/process/file_descriptor.h"
+
+namespace quillorbit::linux_adapter {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// As many as the kernel follows.
+constexpr int nLinksFollowed = 40;
+/// Names to try for the temporary file; crashed programs may have left some behind.
+constexpr int nTemporaryNames = 100;
+
+[[noreturn]] void Fail(int error, const fs::path& path) {
+  throw std::system_error(error, std::generic_category(), path.string());
+}
+
+/// The file that the path means, which need not exist.
+fs::path FollowLinks(fs::path path) {
+  for (int nLinks = 0; fs::is_symlink(path); ++nLinks) {
+    if (nLinks == nLinksFollowed) Fail(ELOOP, path);
+    path = path.parent_path() / fs::read_symlink(path);  // an absolute target replaces the folder
+  }
+  return path;
+}
+
+/// The permission bits of the file to be replaced; none when there is no such file.
+std::optional<mode_t> OldMode(const fs::path& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) {
+    if (errno == ENOENT) return std::nullopt;
+    Fail(errno, path);
+  }
+  if (!S_ISREG(status.st_mode)) Fail(S_ISDIR(status.st_mode) ? EISDIR : EINVAL, path);
+  // Renaming needs no right to write to the file itself; a file that is write-protected stays.
+  if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) Fail(errno, path);
+  return status.st_mode & 07777;
+}
+
+/// A new file beside the target that is removed unless it took the target's place.
+class TemporaryFile {
+ public:
+  TemporaryFile(const fs::path& target, std::optional<mode_t> oldMode) {
+    // Not mkostemp(): what open() gives a new file here follows the umask and the folder's default
+    // access list.
+    const mode_t mode = oldMode.value_or(0666);
+    for (int i = 0; i < nTemporaryNames && !m_fd.IsOpen(); ++i) {
+      m_path = target;
+      m_path += ".tmp" + std::to_string(getpid()) + "-" + std::to_string(i);
+      m_fd = FileDescriptor(open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+      if (!m_fd.IsOpen() && errno != EEXIST) Fail(errno, m_path);
+    }
+    if (!m_fd.IsOpen()) Fail(EEXIST, m_path);
+    if (oldMode && fchmod(m_fd.Get(), mode) != 0) {
+      const int error = errno;
+      unlink(m_path.c_str());  // the destructor of what was never built does not run
+      Fail(error, m_path);
+    }
+  }
+  ~TemporaryFile() {
+    if (!m_path.empty()) unlink(m_path.c_str());
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+  void Write(std::string_view sContent) {
+    while (!sContent.empty()) {
+      const ssize_t n = write(m_fd.Get(), sContent.data(), sContent.size());
+      if (n < 0 && errno != EINTR) Fail(errno, m_path);
+      if (n > 0) sContent.remove_prefix(static_cast<std::size_t>(n));
+    }
+  }
+
+  void Replace(const fs::path& target) {
+    // The content must be on the disk before the name is, or a crash could leave an empty file.
+    if (fsync(m_fd.Get()) != 0) Fail(errno, m_path);
+    if (close(m_fd.Release()) != 0) Fail(errno, m_path);  // some file systems report errors late
+    if (std::rename(m_path.c_str(), target.c_str()) != 0) Fail(errno, target);
+    m_path.clear();
+  }
+
+ private:
+  fs::path m_path;  ///< empty when there is nothing to remove
+  FileDescriptor m_fd;
+};
+
+}  // namespace
+
+std::optional<std::string> ReadWholeFile(const fs::path& path, std::size_t nLimit) {
+  // Opening a pipe would wait for its writer without O_NONBLOCK.
+  const FileDescriptor fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+  struct stat status {};
+  if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+      static_cast<std::size_t>(status.st_size) > nLimit)
+    return std::nullopt;
+
+  std::string sContent;
+  std::array<char, 65536> part;
+  for (;;) {
+    const ssize_t n = read(fd.Get(), part.data(), part.size());
+    if (n == 0) return sContent;
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) return std::nullopt;
+    sContent.append(part.data(), static_cast<std::size_t>(n));
+    if (sContent.size() > nLimit) return std::nullopt;  // it grew, or has no size of its own
+  }
+}
+
+void ReplaceWholeFile(const fs::path& path, std::string_view sContent) {
+  const fs::path target = FollowLinks(path);
+  TemporaryFile file(target, OldMode(target));
+  file.Write(sContent);
+  file.Replace(target);
+}
+
+}  // namespace quillorbit::linux_adapter
