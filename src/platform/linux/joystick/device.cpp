@@ -8,6 +8,7 @@
 
 #include "platform/linux/joystick/uinput.h"
 #include "platform/linux/joystick/user_driver.h"
+#include "platform/linux/joystick/user_driver_socket.h"
 #include "platform/linux/process/runtime_folder.h"
 
 namespace quillorbit::linux_adapter {

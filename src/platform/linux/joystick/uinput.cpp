@@ -34,14 +34,12 @@ constexpr int axisCentre = 75;
 
 constexpr unsigned nButtons = 32;
 
-constexpr std::uint32_t reportControlCode = 100;
-
 /// The report as it arrives: packed, least significant byte first.
 struct ReportBytes {
   std::array<std::uint16_t, axisCodes.size()> axes;
   std::uint32_t buttons;
 };
-static_assert(sizeof(ReportBytes) == 12);
+static_assert(sizeof(ReportBytes) == nReportBytes);
 
 /// The first sixteen buttons are a joystick's own codes; there are no more of those, and
 /// BTN_TRIGGER_HAPPY is the range made for the rest. SDL and joydev number them 0 to 31.
@@ -155,6 +153,8 @@ class UinputJoystick final : public Joystick {
     }
     event->type = EV_SYN;
     event->code = SYN_REPORT;
+    // The kernel takes a whole report at once and has no queue for it that could be full. A reader
+    // that falls behind is told so, and reads the present state.
     ssize_t nWritten = 0;
     do {
       nWritten = write(m_fd.Get(), events.data(), sizeof events);

@@ -1,107 +1,157 @@
 #include "platform/linux/joystick/user_driver.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <stdexcept>
-#include <string>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <optional>
 #include <system_error>
 
 #include <endian.h>
+#include <sys/epoll.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/uio.h>
-#include <sys/un.h>
 
-#include "platform/linux/process/file_descriptor.h"
-#include "platform/linux/process/runtime_folder.h"
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include "platform/linux/joystick/user_driver_socket.h"
 
 namespace quillorbit::linux_adapter {
 namespace {
 
-[[noreturn]] void Fail(const std::filesystem::path& socket, const std::string& sFinding) {
-  throw std::runtime_error(socket.string() + ": " + sFinding);
+/// How often a driver that went away is looked for.
+constexpr std::chrono::milliseconds searchInterval{500};
+
+FileDescriptor NewEpoll() {
+  FileDescriptor epoll(epoll_create1(EPOLL_CLOEXEC));
+  if (!epoll.IsOpen()) throw std::system_error(errno, std::generic_category(), "epoll");
+  return epoll;
 }
 
-std::string ErrnoText() { return std::generic_category().message(errno); }
-
-bool IsTrusted(uid_t owner) { return owner == geteuid() || owner == 0; }
-
-/// The socket of a driver that may be trusted as far as the file shows.
-std::filesystem::path TrustedSocket() {
-  const std::filesystem::path path = RuntimeFolder() / sDeviceName;
-  struct stat status {};
-  if (lstat(path.c_str(), &status) != 0) {
-    if (errno == ENOENT) Fail(path, "no driver is running; to use one, start quillorbit-driver");
-    Fail(path, ErrnoText());
-  }
-  if (!S_ISSOCK(status.st_mode)) Fail(path, "this is not a driver's socket; remove it");
-  if (!IsTrusted(status.st_uid))
-    Fail(path, "this socket belongs to another user (uid " + std::to_string(status.st_uid) +
-                   ") and is not trusted; start quillorbit-driver as yourself");
-  return path;
-}
-
-FileDescriptor Connect(const std::filesystem::path& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.native().size() >= sizeof address.sun_path)
-    Fail(path, "the path is too long for a socket; set XDG_RUNTIME_DIR to a shorter one");
-  std::memcpy(address.sun_path, path.c_str(), path.native().size());
-
-  FileDescriptor fd(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-  if (!fd.IsOpen()) Fail(path, ErrnoText());
-  if (connect(fd.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    // EAGAIN: the driver is there but has not come round to another program that waits for it.
-    if (errno == ECONNREFUSED || errno == EAGAIN)
-      Fail(path,
-           "the driver refuses: another program is using it, or it is gone and left its socket "
-           "behind; close the other program or restart quillorbit-driver");
-    Fail(path, ErrnoText());
-  }
-  return fd;
+/// Whether the last packet failed for want of room and not because the driver is gone.
+bool IsQueueFull() {
+  return errno == EAGAIN || errno == EINTR || errno == ENOBUFS || errno == ENOMEM;
 }
 
 class UserDriver final : public Joystick {
  public:
-  explicit UserDriver(FileDescriptor fd) : m_fd(std::move(fd)) {}
+  explicit UserDriver(FileDescriptor connected);
+  ~UserDriver() override;
+  UserDriver(const UserDriver&) = delete;
+  UserDriver& operator=(const UserDriver&) = delete;
 
-  [[nodiscard]] bool Control(std::uint32_t lControlCode,
-                             std::span<const std::byte> input) override {
-    std::uint32_t lCode = htole32(lControlCode);
-    // sendmsg() only reads what an iovec, which has no const form, points to.
-    std::array<iovec, 2> parts = {
-        iovec{&lCode, sizeof lCode},
-        iovec{const_cast<std::byte*>(input.data()), input.size()},
-    };
-    msghdr packet{};
-    packet.msg_iov = parts.data();
-    packet.msg_iovlen = parts.size();
-    const ssize_t nSent = sendmsg(m_fd.Get(), &packet, MSG_NOSIGNAL | MSG_DONTWAIT);
-    return nSent == static_cast<ssize_t>(sizeof lCode + input.size());
-  }
+  [[nodiscard]] bool Control(std::uint32_t lControlCode, std::span<const std::byte> input) override;
 
  private:
-  FileDescriptor m_fd;
+  bool Send(std::uint32_t lControlCode, std::span<const std::byte> input);
+  bool SendNewest();
+  void SetOwed(bool bOwed);
+  void Watch(int operation);
+  void OnSocketEvent();
+  void OnSearch();
+
+  FileDescriptor m_socket;  ///< not open while the driver is gone
+  /// Watches the socket. Changing what it waits for allocates nothing, as a notifier's would.
+  FileDescriptor m_epoll = NewEpoll();
+  QSocketNotifier m_notifier{m_epoll.Get(), QSocketNotifier::Read};
+  QTimer m_search;  ///< runs from the driver's departure until its return is certain
+  std::optional<std::array<std::byte, nReportBytes>> m_newest;
+  bool m_bOwed = false;  ///< the driver has not been given the newest report
 };
+
+UserDriver::UserDriver(FileDescriptor connected) : m_socket(std::move(connected)) {
+  QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier,
+                   [this] { OnSocketEvent(); });
+  m_search.setInterval(searchInterval);
+  m_search.callOnTimeout([this] { OnSearch(); });
+  Watch(EPOLL_CTL_ADD);
+}
+
+UserDriver::~UserDriver() {
+  if (!m_bOwed || !m_socket.IsOpen()) return;
+  // Room for one more packet behind a full queue: the kernel doubles the size that it is given.
+  int nSize = 0;
+  socklen_t nLength = sizeof nSize;
+  getsockopt(m_socket.Get(), SOL_SOCKET, SO_SNDBUF, &nSize, &nLength);
+  setsockopt(m_socket.Get(), SOL_SOCKET, SO_SNDBUF, &nSize, sizeof nSize);
+  SendNewest();
+}
+
+bool UserDriver::Control(std::uint32_t lControlCode, std::span<const std::byte> input) {
+  if (lControlCode != reportControlCode || input.size() != nReportBytes)
+    return !m_bOwed && Send(lControlCode, input);  // nothing overtakes a report
+  std::ranges::copy(input, m_newest.emplace().begin());
+  return SendNewest();
+}
+
+bool UserDriver::Send(std::uint32_t lControlCode, std::span<const std::byte> input) {
+  std::uint32_t lCode = htole32(lControlCode);
+  // sendmsg() only reads what an iovec, which has no const form, points to.
+  std::array<iovec, 2> parts = {
+      iovec{&lCode, sizeof lCode},
+      iovec{const_cast<std::byte*>(input.data()), input.size()},
+  };
+  msghdr packet{};
+  packet.msg_iov = parts.data();
+  packet.msg_iovlen = parts.size();
+  const ssize_t nSent = sendmsg(m_socket.Get(), &packet, MSG_NOSIGNAL | MSG_DONTWAIT);
+  return nSent == static_cast<ssize_t>(sizeof lCode + input.size());
+}
+
+bool UserDriver::SendNewest() {
+  const bool bSent = Send(reportControlCode, *m_newest);
+  SetOwed(!bSent);
+  return bSent;
+}
+
+void UserDriver::SetOwed(bool bOwed) {
+  if (m_bOwed == bOwed) return;
+  m_bOwed = bOwed;
+  Watch(EPOLL_CTL_MOD);
+}
+
+/// Waits for room while a report is owed, and always for the connection's end, which needs no bit.
+void UserDriver::Watch(int operation) {
+  epoll_event event{};
+  if (m_bOwed) event.events = EPOLLOUT;
+  epoll_ctl(m_epoll.Get(), operation, m_socket.Get(), &event);
+}
+
+void UserDriver::OnSocketEvent() {
+  epoll_event event{};
+  if (epoll_wait(m_epoll.Get(), &event, 1, 0) != 1) return;
+  const bool bEnded = (event.events & (EPOLLHUP | EPOLLERR)) != 0;
+  if (!bEnded && (!m_bOwed || SendNewest() || IsQueueFull())) return;
+  m_socket = {};
+  if (m_search.isActive()) return;
+  m_search.start();
+  std::fputs(
+      "quillorbit: the joystick driver went away; it gets the newest report when it is back\n",
+      stderr);
+}
+
+void UserDriver::OnSearch() {
+  if (m_socket.IsOpen()) {  // since the last time: the driver did not turn this program away
+    m_search.stop();
+    std::fputs("quillorbit: the joystick driver is back\n", stderr);
+    return;
+  }
+  try {
+    m_socket = ConnectToUserDriver();
+  } catch (const std::exception&) {
+    return;
+  }
+  m_bOwed = m_newest.has_value();
+  Watch(EPOLL_CTL_ADD);
+}
 
 }  // namespace
 
-void FindUserDriver() { (void)TrustedSocket(); }
-
 std::unique_ptr<Joystick> OpenUserDriver() {
-  const std::filesystem::path path = TrustedSocket();
-  FileDescriptor fd = Connect(path);
-  // The file may have been exchanged since it was looked at; the kernel knows who listens.
-  ucred driver{};
-  socklen_t nLength = sizeof driver;
-  if (getsockopt(fd.Get(), SOL_SOCKET, SO_PEERCRED, &driver, &nLength) != 0)
-    Fail(path, ErrnoText());
-  if (!IsTrusted(driver.uid))
-    Fail(path, "the driver runs as another user (uid " + std::to_string(driver.uid) +
-                   ") and is not trusted; start quillorbit-driver as yourself");
-  return std::make_unique<UserDriver>(std::move(fd));
+  return std::make_unique<UserDriver>(ConnectToUserDriver());
 }
 
 }  // namespace quillorbit::linux_adapter
