@@ -7,8 +7,8 @@
 
 namespace quillorbit::tools {
 
-/// Reads a file of raw datagrams, 20 bytes each. Throws when it cannot be read, is empty or ends
-/// within a datagram.
+/// Reads a file of raw datagrams, 20 bytes each. Throws when it cannot be read, is empty, is longer
+/// than 64 MiB or ends within a datagram.
 [[nodiscard]] std::vector<MotionData> ReadRecordedFile(const std::string& sPath);
 
 }  // namespace quillorbit::tools

@@ -15,8 +15,8 @@ A stand-in for the phone: sends motion datagrams to quillorbit.
   --seconds S      end after S seconds, 0.001 to 86400
   --count N        end after N datagrams, 1 to 1000000000
   --pattern NAME   steady, sweep, circle, buttons, demo (the default), or file
-  --file FILE      play FILE, raw datagrams of 20 bytes, in a loop; implies
-                   --pattern file
+  --file FILE      play FILE, raw datagrams of 20 bytes, up to 64 MiB, in a
+                   loop; implies --pattern file
   --once           end with the file's last datagram
   --record FILE    write what is sent to FILE in that format ("-": standard
                    output)
