@@ -32,8 +32,8 @@ std::string RefusedArgument(char** argv) {
   return bShort ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
 }
 
-/// A file or socket must not become standard output because the caller has closed that: whatever
-/// is closed of the three is opened so that using it fails.
+/// Opens what the caller has closed of the three standard descriptors, so that no file or socket
+/// takes their numbers. Using them fails.
 void HoldStandardDescriptors() {
   for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
     if (fcntl(fd, F_GETFD) < 0) open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);

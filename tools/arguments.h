@@ -28,8 +28,8 @@ class UsageError : public std::runtime_error {
 void ForEachOption(int argc, char** argv, std::span<const option> options,
                    const std::function<void(const std::string&, const std::string&)>& take);
 
-/// Runs a tool and answers its exit code: 2 for bad usage and 1 for any other failure, each with a
-/// message on the standard error. A write to a closed pipe is such a failure and ends nothing else.
+/// Runs a tool and returns its exit code: 2 for bad usage and 1 for any other failure, each with a
+/// message on the standard error. A write to a closed pipe is such a failure, not a signal.
 [[nodiscard]] int RunTool(const std::string& sName, const std::function<void()>& run);
 
 }  // namespace quillorbit::tools

@@ -87,14 +87,14 @@ DriverEvent DriverSocket::Accept() {
     if (errno == EAGAIN || errno == ECONNABORTED || errno == EINTR) return {};
     throw SystemError(m_path);
   }
-  if (!IsTrusted(client.Get())) return {Kind::strangerRefused};
+  if (!IsTrusted(client.Get())) return {Kind::clientRefused};
 
-  // With credentials an empty packet can be told from the end of the connection: it has some.
+  // An empty packet has credentials, which the end of the connection has not.
   const int on = 1;
   Checked(setsockopt(client.Get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof on), "SO_PASSCRED");
   m_client = std::move(client);
   m_listener = {};
-  return {Kind::clientCame};
+  return {Kind::clientConnected};
 }
 
 DriverEvent DriverSocket::Receive() {
@@ -113,7 +113,7 @@ DriverEvent DriverSocket::Receive() {
   if (nReceived < 0 || (nReceived == 0 && message.msg_controllen == 0)) {
     Listen();
     m_client = {};
-    return {Kind::clientLeft};
+    return {Kind::clientDisconnected};
   }
   if ((message.msg_flags & MSG_TRUNC) != 0) return {Kind::rejectedPacket};
   return FromPacket(std::span(packet).first(static_cast<std::size_t>(nReceived)));

@@ -9,7 +9,14 @@ namespace quillorbit::tools {
 
 /// What has happened at the driver's socket.
 struct DriverEvent {
-  enum class Kind { nothing, clientCame, strangerRefused, report, rejectedPacket, clientLeft };
+  enum class Kind {
+    nothing,
+    clientConnected,
+    clientRefused,
+    report,
+    rejectedPacket,
+    clientDisconnected
+  };
 
   Kind kind = Kind::nothing;
   JoystickReport report = {};  ///< when a report has come
@@ -34,7 +41,8 @@ class DriverSocket {
   /// Takes the next event; it never blocks.
   [[nodiscard]] DriverEvent Next();
 
-  /// Becomes readable when there is an event; another descriptor after each arrival and departure.
+  /// Becomes readable when there is an event; another descriptor after each connection and
+  /// disconnection.
   [[nodiscard]] int Fd() const { return m_client.IsOpen() ? m_client.Get() : m_listener.Get(); }
 
   [[nodiscard]] const std::filesystem::path& Path() const { return m_path; }

@@ -19,7 +19,7 @@ class LatencyLog {
   /// The next number, from 1 on, has been sent.
   void Sent(Clock::time_point time);
 
-  /// A number that was not sent is counted apart.
+  /// A number that was not sent is counted separately.
   void Arrived(std::int32_t nNumber, Clock::time_point time);
 
   [[nodiscard]] std::size_t Sent() const { return m_sent.size(); }

@@ -14,8 +14,8 @@
 namespace quillorbit::tools {
 namespace {
 
-/// Not quite level: the program's own report of a lost signal is centred, and must not pass for the
-/// answer to a probe. Z is no filtered axis, so it comes through unchanged.
+/// Not quite level: the program's own report of a lost signal is centred, and must not be taken
+/// for the answer to a probe. Z is no filtered axis, so it comes through unchanged.
 constexpr MotionData probe{lAxisCentre, lAxisCentre, lAxisCentre - 1, lAxisCentre, 0};
 
 class Measurement {
@@ -107,11 +107,11 @@ class Measurement {
   }
 
   void Handle(const DriverEvent& event, Clock::time_point time) {
-    if (event.kind == DriverEvent::Kind::clientCame) m_bConnected = true;
-    if (event.kind == DriverEvent::Kind::clientLeft)
+    if (event.kind == DriverEvent::Kind::clientConnected) m_bConnected = true;
+    if (event.kind == DriverEvent::Kind::clientDisconnected)
       throw std::runtime_error("the program has closed the device");
     if (event.kind != DriverEvent::Kind::report) return;
-    // Number 0 are the answers to probes and what the program sends by itself.
+    // Number 0 marks the answers to probes and what the program sends by itself.
     if (event.report.b != 0) m_log.Arrived(event.report.b, time);
     m_bAnswered = m_bAnswered || (event.report.b == 0 && event.report.z == probe.z);
   }

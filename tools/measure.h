@@ -7,9 +7,9 @@
 namespace quillorbit::tools {
 
 /// Takes the driver's place, sends numbered datagrams and times their reports. Throws when the
-/// program does not come, does not answer or leaves before the end, or when a stop is asked for
-/// before the first numbered datagram; later a stop ends the sending, and
-/// another one the waiting for what is still under way.
+/// program does not connect, does not answer or disconnects before the end, or when a stop is
+/// requested before the first numbered datagram. Later a stop ends the sending, and another one the
+/// wait for the reports that are still missing.
 [[nodiscard]] LatencyLog Measure(const SendOptions& options, StopSignal& stop);
 
 }  // namespace quillorbit::tools

@@ -22,8 +22,7 @@ class OutputFile {
   void Write(std::span<const std::byte> bytes);
   void Write(std::string_view sText);
 
-  /// Writes when the file takes it; a stop that is asked for before gives up what was to be
-  /// written.
+  /// Waits until the file can be written to; when a stop is requested first, nothing is written.
   template <typename Content>
   void Write(const Content& content, const StopSignal& stop) {
     if (WaitUntilWritable(stop)) Write(content);

@@ -15,7 +15,7 @@ double Phase(double dSeconds, double dPeriod) {
   return dCycles - std::floor(dCycles);
 }
 
-/// `dOffset` -1 to 1 is the way from one end to the other at the full radius of 75.
+/// `dOffset` is -1 at one end and 1 at the other; a smaller radius than 75 stays off the ends.
 std::int32_t Axis(double dOffset, double dRadius = 75) {
   return lAxisCentre + static_cast<std::int32_t>(std::lround(dRadius * dOffset));
 }

@@ -21,14 +21,14 @@ a virtual joystick, where there is none, and shows them.
 
   --record FILE  write each report raw, 12 bytes, to FILE ("-": standard output)
   --print        print each report as a line: axes, button mask, pressed buttons
-  --once         end when the first client has left
-  --help         show this help and end
+  --once         exit when the first program disconnects
+  --help         show this help and exit
 
 With neither --record nor --print a terminal shows the present state in one
 line. The socket is vJoyQuillorbit in $XDG_RUNTIME_DIR (without it, in
 /run/user/UID or /tmp/quillorbit-UID). It serves one program at a time, of the
-same user or of root. SIGINT and SIGTERM end the driver in good order; a summary
-goes to the standard error. The exit code is 0, or 1 after a failure, or 2 for
+same user or of root. SIGINT and SIGTERM end the driver cleanly; a summary goes
+to the standard error. The exit code is 0, or 1 after a failure, or 2 for
 bad usage.
 )";
 
@@ -62,7 +62,7 @@ class LiveView {
 
   void Show(const JoystickReport& report) { m_pending = report; }
 
-  /// When the line wants to be redrawn; never when it is up to date.
+  /// When the line has to be redrawn; never when it is up to date.
   [[nodiscard]] Clock::time_point Due() const {
     return m_pending ? m_nextDraw : Clock::time_point::max();
   }
@@ -114,7 +114,7 @@ class Driver {
     if (m_view) m_view->LeaveLine();
   }
 
-  /// The parting line, after a failure too.
+  /// Prints what was counted, also after a failure.
   void Summarize() const {
     std::cerr << "quillorbit-driver: reports " << m_nReports << ", rejected packets " << m_nRejected
               << ", clients " << m_nClients << '\n';
@@ -125,10 +125,10 @@ class Driver {
     switch (event.kind) {
       case DriverEvent::Kind::nothing:
         break;
-      case DriverEvent::Kind::clientCame:
+      case DriverEvent::Kind::clientConnected:
         ++m_nClients;
         break;
-      case DriverEvent::Kind::strangerRefused:
+      case DriverEvent::Kind::clientRefused:
         std::cerr << "quillorbit-driver: refused a program of another user\n";
         break;
       case DriverEvent::Kind::report:
@@ -137,7 +137,7 @@ class Driver {
       case DriverEvent::Kind::rejectedPacket:
         ++m_nRejected;
         break;
-      case DriverEvent::Kind::clientLeft:
+      case DriverEvent::Kind::clientDisconnected:
         m_bDone = m_options.bOnce;
         break;
     }
@@ -150,7 +150,7 @@ class Driver {
     if (m_view) m_view->Show(report);
   }
 
-  /// A stop ends nothing that was sent before it; the bound is for a client that never pauses.
+  /// Takes what was sent before the stop; the limit is for a client that never pauses.
   void HandleWhatHasArrived(const StopSignal& stop) {
     for (int n = 0; n < 1000 && !m_bDone; ++n) {
       const DriverEvent event = m_socket.Next();

@@ -14,7 +14,7 @@ namespace quillorbit::tools {
 namespace {
 
 /// More than four hours at 200 datagrams a second.
-constexpr std::size_t nMegabytes = 64;
+constexpr std::size_t nMaxMebibytes = 64;
 
 std::vector<std::byte> ReadAll(const std::string& sPath) {
   const linux_adapter::FileDescriptor file(
@@ -23,8 +23,9 @@ std::vector<std::byte> ReadAll(const std::string& sPath) {
   std::array<std::byte, 65536> block;
   while (const auto nRead = Checked(read(file.Get(), block.data(), block.size()), sPath)) {
     content.insert(content.end(), block.begin(), block.begin() + nRead);
-    if (content.size() > nMegabytes << 20)
-      throw std::runtime_error(sPath + ": is longer than " + std::to_string(nMegabytes) + " MiB");
+    if (content.size() > nMaxMebibytes << 20)
+      throw std::runtime_error(sPath + ": is longer than " + std::to_string(nMaxMebibytes) +
+                               " MiB");
   }
   return content;
 }

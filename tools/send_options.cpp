@@ -12,15 +12,15 @@ A stand-in for the phone: sends motion datagrams to quillorbit.
   --host HOST      name or address (default 127.0.0.1)
   --port PORT      UDP port, 1 to 65535 (default 5000)
   --rate RATE      datagrams per second, 1 to 10000 (default 60)
-  --seconds S      end after S seconds, 0.001 to 86400
-  --count N        end after N datagrams, 1 to 1000000000
+  --seconds S      stop after S seconds, 0.001 to 86400
+  --count N        stop after N datagrams, 1 to 1000000000
   --pattern NAME   steady, sweep, circle, buttons, demo (the default), or file
   --file FILE      play FILE, raw datagrams of 20 bytes, up to 64 MiB, in a
                    loop; implies --pattern file
-  --once           end with the file's last datagram
+  --once           stop after the file's last datagram
   --record FILE    write what is sent to FILE in that format ("-": standard
                    output)
-  --help           show this help and end
+  --help           show this help and exit
 
   --measure        measure the time from a datagram's sending to the arrival of
                    its report at the user-space driver, whose place is taken
@@ -29,8 +29,8 @@ A stand-in for the phone: sends motion datagrams to quillorbit.
   --wait S         wait for quillorbit to open the device, and then again for
                    the first report, up to S seconds each, 0.1 to 86400
                    (default 30)
-  --settle S       go on with those probes for S seconds, 0 to 86400, before the
-                   first numbered datagram (default 0)
+  --settle S       keep sending unnumbered datagrams for S seconds, 0 to 86400,
+                   before the first numbered one (default 0)
   --csv            print the measurement as one line,
                    sent,arrived,lost,reordered,min,median,p90,p99,max
                    with times in microseconds, empty when nothing arrived
@@ -62,7 +62,7 @@ constexpr std::array table{
     option{"help", no_argument, nullptr, 0},
 };
 
-/// What was given is remembered only as far as the options restrict each other.
+/// What was given, as far as the checks of options against each other need it.
 struct Given {
   std::optional<std::string> sPattern;
   bool bWait = false;

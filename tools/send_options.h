@@ -14,7 +14,7 @@ struct SendOptions {
   std::optional<double> dSeconds;
   std::optional<int> nCount;
   Pattern pattern = Pattern::demo;
-  std::optional<std::string> sFile;  ///< played in the place of the pattern
+  std::optional<std::string> sFile;  ///< played instead of the pattern
   bool bOnce = false;
   std::optional<std::string> sRecord;
   bool bMeasure = false;

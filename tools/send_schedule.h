@@ -19,16 +19,15 @@ class SendSchedule {
 
   /// Whether there is no further datagram.
   [[nodiscard]] bool Ended() const;
-  /// When the whole time that was asked for is over; in the past when it was not time that ended
-  /// it.
+  /// When the requested time is over; in the past when something else ended it.
   [[nodiscard]] Clock::time_point End() const;
 
   [[nodiscard]] Clock::time_point Due() const { return m_clock.Due(); }
   [[nodiscard]] MotionData Motion() const;
-  /// The present one has been sent.
+  /// To be called when the current datagram has been sent.
   void Advance();
 
-  /// The time that the datagrams so far stand for: from the first to the newest, and an interval.
+  /// The time that the datagrams so far cover: from the first to the newest, and one interval.
   [[nodiscard]] double Seconds() const;
 
  private:

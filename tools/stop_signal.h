@@ -8,18 +8,18 @@ namespace quillorbit::tools {
 
 using Clock = std::chrono::steady_clock;  // CLOCK_MONOTONIC
 
-/// SIGINT and SIGTERM ask for an orderly end. While this lives they interrupt nothing; they end a
-/// wait, and stay to be seen until they are forgotten.
+/// SIGINT and SIGTERM request an orderly end. While this exists they do not end the process: they
+/// end a wait, and stay pending until Forget.
 class StopSignal {
  public:
   StopSignal();
 
   [[nodiscard]] bool Received() const;
 
-  /// Lets the next wait last until another stop is asked for.
+  /// Clears the stop, so that the next wait lasts until another one is requested.
   void Forget();
 
-  /// Waits until the descriptor has one of the poll events (or an error), a stop is asked for, or
+  /// Waits until the descriptor has one of the poll events (or an error), a stop is requested, or
   /// the deadline has come; true when the descriptor is ready. Without a descriptor (-1) only the
   /// other two end it.
   bool WaitFor(int fd, short events, Clock::time_point deadline = Clock::time_point::max()) const;

@@ -7,7 +7,7 @@
 
 namespace quillorbit::tools {
 
-/// The failure that errno tells of, as "what: reason".
+/// The failure in errno, as "what: reason".
 [[nodiscard]] inline std::system_error SystemError(const std::string& sWhat) {
   return {errno, std::generic_category(), sWhat};
 }

@@ -36,7 +36,7 @@ linux_adapter::FileDescriptor Connect(const addrinfo& address) {
 
 UdpSender::UdpSender(const std::string& sHost, int nPort) {
   const Addresses addresses = Resolve(sHost, nPort);
-  // Of a name that has both kinds of address the IPv4 one is taken: it is there without IPv6, too.
+  // For a name with both kinds of address IPv4 is used, which works without IPv6 too.
   for (const bool bIpv4 : {true, false})
     for (const addrinfo* each = addresses.get(); each != nullptr && !m_socket.IsOpen();
          each = each->ai_next)
@@ -53,7 +53,7 @@ bool UdpSender::Send(const MotionData& motion) {
     }
     ++m_nErrors;
     m_nLastError = errno;
-    // This tells of an earlier datagram that nobody took; the present one has not been tried.
+    // This reports an earlier datagram that nobody received; the current one has not been tried.
     if (m_nLastError != ECONNREFUSED) return false;
   }
   return false;

@@ -14,7 +14,7 @@ class UdpSender {
   /// Throws when the host has no address or none can be sent to.
   UdpSender(const std::string& sHost, int nPort);
 
-  /// A failure is counted and otherwise passed over; false when the datagram was not sent.
+  /// A failure is counted and otherwise ignored; false when the datagram was not sent.
   bool Send(const MotionData& motion);
 
   [[nodiscard]] std::int64_t Sent() const { return m_nSent; }

@@ -26,14 +26,14 @@ bool IsJoystickPath(const char* sFileName) {
   return sName.starts_with(sPrefix) && sName.substr(sPrefix.size()) == sDeviceName;
 }
 
-/// Runs the action; true when it succeeded, else with what it found instead.
+/// Runs the action; true when it succeeded, else with the reason why it did not.
 template <class Action>
-bool Try(Action action, std::string& sFinding) {
+bool Try(Action action, std::string& sReason) {
   try {
     action();
     return true;
   } catch (const std::exception& error) {
-    sFinding = error.what();
+    sReason = error.what();
     return false;
   }
 }

@@ -11,9 +11,9 @@
 
 namespace quillorbit::linux_adapter {
 
-/// Gives the joystick's device path and interface class a device to mean: the user-space driver
-/// or, where that cannot be opened, uinput. When neither can be had, the first function that finds
-/// this out explains it on standard error, once. No exceptions leave these functions.
+/// The device behind the joystick's path and interface class: the user-space driver or, where that
+/// cannot be opened, uinput. When neither can be opened, the first function that finds this out
+/// explains it on the standard error, once. No exceptions leave these functions.
 class LinuxDevice final : public platform::DeviceFunctions {
  public:
   explicit LinuxDevice(std::filesystem::path uinputNode = "/dev/uinput");
@@ -22,7 +22,7 @@ class LinuxDevice final : public platform::DeviceFunctions {
                                               const char* sEnumerator, std::uint32_t hWndParent,
                                               std::uint32_t lFlags) override;
   bool SetupDiDestroyDeviceInfoList(platform::DeviceHandle hDevInfo) override;
-  /// Every device is opened for its one opener, whatever lShareMode says.
+  /// Every device is opened exclusively, whatever lShareMode says.
   platform::DeviceHandle CreateFileA(const char* sFileName, std::uint32_t lDesiredAccess,
                                      std::uint32_t lShareMode, void* pSecurityAttributes,
                                      std::uint32_t lCreationDisposition, std::uint32_t lFlags,

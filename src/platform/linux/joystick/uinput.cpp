@@ -106,8 +106,8 @@ void CreateJoystick(const std::filesystem::path& node, int fd) {
   Set(node, fd, UI_DEV_CREATE);
 }
 
-/// uinput itself would make another joystick for each program. Where there can be no lock file, the
-/// player gets the joystick all the same.
+/// uinput itself would make another joystick for each program. Where no lock file can be made, the
+/// joystick is made without.
 FileDescriptor LockJoystick(const std::filesystem::path& node) {
   try {
     FileDescriptor lock = TryLock(RuntimeFolder() / (std::string(sDeviceName) + ".uinput.lock"));

@@ -49,7 +49,7 @@ FileDescriptor Connect(const std::filesystem::path& path) {
   FileDescriptor fd(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   if (!fd.IsOpen()) Fail(path, ErrnoText());
   if (connect(fd.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    // EAGAIN: the driver is there but has not come round to another program that waits for it.
+    // EAGAIN: another program is still waiting for the driver to accept it.
     if (errno == ECONNREFUSED || errno == EAGAIN)
       Fail(path,
            "the driver refuses: another program is using it, or it is gone and left its socket "
@@ -66,7 +66,7 @@ void FindUserDriver() { (void)TrustedSocket(); }
 FileDescriptor ConnectToUserDriver() {
   const std::filesystem::path path = TrustedSocket();
   FileDescriptor fd = Connect(path);
-  // The file may have been exchanged since it was looked at; the kernel knows who listens.
+  // The file may have been replaced since it was checked; the kernel knows who listens.
   ucred driver{};
   socklen_t nLength = sizeof driver;
   if (getsockopt(fd.Get(), SOL_SOCKET, SO_PEERCRED, &driver, &nLength) != 0)

@@ -34,8 +34,8 @@ void SetOption(int fd, int level, int option, int value, const char* sName) {
     throw std::system_error(errno, std::generic_category(), sName);
 }
 
-/// A socket that holds the port on every local address. It fails against any other holder of the
-/// port on any of them because it asks for no kind of sharing.
+/// A socket that holds the port on every local address. It conflicts with any other holder of the
+/// port on any of them, because it asks for no kind of sharing.
 FileDescriptor BoundSocket(std::uint16_t port) {
   constexpr int flags = SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC;
   FileDescriptor fd(socket(AF_INET6, flags, 0));
@@ -118,8 +118,8 @@ void LinuxUdpSocket::OnReadable() {
 
 bool LinuxUdpSocket::Receive() {
   const ssize_t n = recv(m_fd.Get(), m_pending.data(), m_pending.size(), MSG_TRUNC);
-  // An error is "nothing there", "closed" (by the handler) or, like a refused connection, told
-  // once: the next wake-up goes on behind it.
+  // An error is "nothing there", "closed" (by the handler) or, like a refused connection, reported
+  // only once: the next wake-up reads on.
   if (n < 0) return false;
   m_nPending = static_cast<std::size_t>(n);
   return true;
