@@ -54,7 +54,7 @@ class UserDriver final : public Joystick {
   void OnSearch();
 
   FileDescriptor m_socket;  ///< not open while the driver is gone
-  /// Watches the socket. Changing what it waits for allocates nothing, as a notifier's would.
+  /// Watches the socket. Changing what it waits for allocates nothing; enabling a notifier would.
   FileDescriptor m_epoll = NewEpoll();
   QSocketNotifier m_notifier{m_epoll.Get(), QSocketNotifier::Read};
   QTimer m_search;  ///< runs from the driver's departure until its return is certain
