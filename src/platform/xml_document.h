@@ -27,8 +27,8 @@ class IXMLDOMNode {
 
 /// An XML document, the platform's DOM. A new one is empty.
 ///
-/// It never reads anything but the one file it is told to: a document with a DOCTYPE, and so with
-/// entities of its own, counts as not well formed.
+/// It never reads anything but the one file it is told to: a document whose DOCTYPE has
+/// declarations or names another file counts as not well formed.
 class DOMDocument : public IXMLDOMNode {
  public:
   [[nodiscard]] virtual std::unique_ptr<IXMLDOMNode> createElement(std::string_view sName) = 0;

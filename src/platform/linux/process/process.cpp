@@ -9,8 +9,10 @@
 #include <system_error>
 
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
+
+#include <QByteArray>
+#include <QCryptographicHash>
 
 #include "platform/linux/process/lock_file.h"
 #include "platform/linux/process/runtime_folder.h"
@@ -18,7 +20,24 @@
 namespace quillorbit::linux_adapter {
 namespace {
 
-constexpr const char* sProgramFile = "/proc/self/exe";
+/// The path of the program file, symbolic links resolved. The kernel appends a mark when the file
+/// has been replaced or removed since the process started.
+std::filesystem::path ProgramFile() {
+  constexpr const char* sLink = "/proc/self/exe";
+  constexpr std::string_view sMark = " (deleted)";
+  std::string sProgram = std::filesystem::read_symlink(sLink);
+  std::error_code ignored;
+  if (sProgram.ends_with(sMark) && !std::filesystem::equivalent(sProgram, sLink, ignored))
+    sProgram.resize(sProgram.size() - sMark.size());
+  return sProgram;
+}
+
+/// The name of a program file's lock file. A path can be longer than a name.
+std::string LockName(const std::filesystem::path& program) {
+  const auto hash = QCryptographicHash::hash(QByteArray::fromStdString(program.string()),
+                                             QCryptographicHash::Sha256);
+  return "quillorbit." + hash.toHex().toStdString() + ".lock";
+}
 
 /// The abstract address of a named mutex. The machine's cannot be taken for a session's: those
 /// begin with a folder.
@@ -51,19 +70,11 @@ LinuxProcess::LinuxProcess(int argc, const char* const* argv) {
     if (i > 1) m_sCommand += ' ';
     m_sCommand += argv[i];
   }
-  const std::filesystem::path program = std::filesystem::read_symlink(sProgramFile);
+  const std::filesystem::path program = ProgramFile();
   m_sPath = program.parent_path();
   m_sEXEName = program.stem();  // of a name that begins with its only dot, the whole name
-  TakeInstanceLock();
-}
-
-void LinuxProcess::TakeInstanceLock() {
-  struct stat program {};
-  if (stat(sProgramFile, &program) != 0) return;
   try {
-    const std::string sName = "quillorbit." + std::to_string(program.st_dev) + "." +
-                              std::to_string(program.st_ino) + ".lock";
-    m_instanceLock = TryLock(RuntimeFolder() / sName);
+    m_instanceLock = TryLock(RuntimeFolder() / LockName(program));
     m_bPrevInstance = !m_instanceLock.IsOpen();
   } catch (const std::system_error&) {
     // Without a lock file this copy knows of no other one.

@@ -9,9 +9,10 @@
 
 namespace quillorbit::linux_adapter {
 
-/// The running program. Two copies know of each other by a lock file in the runtime folder that is
-/// named after the program file (its device and inode) and held for this object's life; where there
-/// can be no lock file, no copy knows of another.
+/// The running program. Copies recognise each other by a lock file in the runtime folder that is
+/// named after the program file's path and held for this object's life. So a copy that was started
+/// before the program file was replaced counts; a symbolic link to the file is the same program,
+/// and a second hard link another one. Where no lock file can be made, no copy is recognised.
 ///
 /// A named mutex is an abstract socket address that this object keeps bound: nothing of it is left
 /// when the process ends, however it ends. The machine's has the address "Global\NAME", the
@@ -40,8 +41,6 @@ class LinuxProcess final : public platform::Process {
   [[nodiscard]] double Rnd() override;
 
  private:
-  void TakeInstanceLock();
-
   std::string m_sCommand;
   std::string m_sPath;
   std::string m_sEXEName;

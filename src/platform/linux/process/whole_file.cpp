@@ -3,6 +3,9 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <optional>
+#include <stdexcept>
 #include <system_error>
 
 #include <fcntl.h>
@@ -18,8 +21,8 @@ namespace fs = std::filesystem;
 
 /// As many as the kernel follows.
 constexpr int nLinksFollowed = 40;
-/// Names to try for the temporary file; crashed programs may have left some behind.
-constexpr int nTemporaryNames = 100;
+/// Names to try for a new file beside the target; others may be there from earlier.
+constexpr int nNamesTried = 100;
 
 [[noreturn]] void Fail(int error, const fs::path& path) {
   throw std::system_error(error, std::generic_category(), path.string());
@@ -34,8 +37,8 @@ fs::path FollowLinks(fs::path path) {
   return path;
 }
 
-/// The permission bits of the file to be replaced; none when there is no such file.
-std::optional<mode_t> OldMode(const fs::path& path) {
+/// The file to be replaced; none when there is no such file.
+std::optional<struct stat> OldStatus(const fs::path& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) {
     if (errno == ENOENT) return std::nullopt;
@@ -44,24 +47,39 @@ std::optional<mode_t> OldMode(const fs::path& path) {
   if (!S_ISREG(status.st_mode)) Fail(S_ISDIR(status.st_mode) ? EISDIR : EINVAL, path);
   // Renaming needs no right to write to the file itself; a file that is write-protected stays.
   if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) Fail(errno, path);
-  return status.st_mode & 07777;
+  return status;
+}
+
+/// Gives the file another name.
+void KeepAside(const fs::path& file) {
+  for (int i = 0; i < nNamesTried; ++i) {
+    fs::path aside = file;
+    aside += i == 0 ? ".refused" : ".refused-" + std::to_string(i);
+    if (fs::exists(fs::symlink_status(aside))) continue;
+    if (std::rename(file.c_str(), aside.c_str()) != 0) Fail(errno, aside);
+    return;
+  }
+  Fail(EEXIST, file);
 }
 
 /// A new file beside the target that is removed unless it took the target's place.
 class TemporaryFile {
  public:
-  TemporaryFile(const fs::path& target, std::optional<mode_t> oldMode) {
+  TemporaryFile(const fs::path& target, const std::optional<struct stat>& old) {
     // Not mkostemp(): what open() gives a new file here follows the umask and the folder's default
     // access list.
-    const mode_t mode = oldMode.value_or(0666);
-    for (int i = 0; i < nTemporaryNames && !m_fd.IsOpen(); ++i) {
+    const mode_t mode = old ? old->st_mode & 07777 : 0666;
+    for (int i = 0; i < nNamesTried && !m_fd.IsOpen(); ++i) {
       m_path = target;
       m_path += ".tmp" + std::to_string(getpid()) + "-" + std::to_string(i);
       m_fd = FileDescriptor(open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
       if (!m_fd.IsOpen() && errno != EEXIST) Fail(errno, m_path);
     }
     if (!m_fd.IsOpen()) Fail(EEXIST, m_path);
-    if (oldMode && fchmod(m_fd.Get(), mode) != 0) {
+    if (!old) return;
+    if (fchown(m_fd.Get(), old->st_uid, old->st_gid) != 0)  // only root can give a file away
+      (void)!fchown(m_fd.Get(), static_cast<uid_t>(-1), old->st_gid);
+    if (fchmod(m_fd.Get(), mode) != 0) {
       const int error = errno;
       unlink(m_path.c_str());  // the destructor of what was never built does not run
       Fail(error, m_path);
@@ -81,10 +99,11 @@ class TemporaryFile {
     }
   }
 
-  void Replace(const fs::path& target) {
+  void Replace(const fs::path& target, bool bKeepOld) {
     // The content must be on the disk before the name is, or a crash could leave an empty file.
     if (fsync(m_fd.Get()) != 0) Fail(errno, m_path);
     if (close(m_fd.Release()) != 0) Fail(errno, m_path);  // some file systems report errors late
+    if (bKeepOld) KeepAside(target);
     if (std::rename(m_path.c_str(), target.c_str()) != 0) Fail(errno, target);
     m_path.clear();
   }
@@ -96,13 +115,19 @@ class TemporaryFile {
 
 }  // namespace
 
-std::optional<std::string> ReadWholeFile(const fs::path& path, std::size_t nLimit) {
+std::string ReadWholeFile(const fs::path& path, std::size_t nLimit) {
+  const auto refuse = [&path](const std::string& sWhy) {
+    throw std::runtime_error(path.string() + ' ' + sWhy);
+  };
+  const std::string sTooLarge = "is larger than " + std::to_string(nLimit) + " bytes";
   // Opening a pipe would wait for its writer without O_NONBLOCK.
   const FileDescriptor fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
   struct stat status {};
-  if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0 || !S_ISREG(status.st_mode) ||
-      static_cast<std::size_t>(status.st_size) > nLimit)
-    return std::nullopt;
+  if (!fd.IsOpen() && errno == ENOENT) return {};
+  if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0)
+    refuse(std::string("cannot be read: ") + std::strerror(errno));
+  if (!S_ISREG(status.st_mode)) refuse("is not a regular file");
+  if (static_cast<std::size_t>(status.st_size) > nLimit) refuse(sTooLarge);
 
   std::string sContent;
   std::array<char, 65536> part;
@@ -110,17 +135,18 @@ std::optional<std::string> ReadWholeFile(const fs::path& path, std::size_t nLimi
     const ssize_t n = read(fd.Get(), part.data(), part.size());
     if (n == 0) return sContent;
     if (n < 0 && errno == EINTR) continue;
-    if (n < 0) return std::nullopt;
+    if (n < 0) refuse(std::string("cannot be read: ") + std::strerror(errno));
     sContent.append(part.data(), static_cast<std::size_t>(n));
-    if (sContent.size() > nLimit) return std::nullopt;  // it grew, or has no size of its own
+    if (sContent.size() > nLimit) refuse(sTooLarge);  // it grew, or has no size of its own
   }
 }
 
-void ReplaceWholeFile(const fs::path& path, std::string_view sContent) {
+void ReplaceWholeFile(const fs::path& path, std::string_view sContent, OldFile eOldFile) {
   const fs::path target = FollowLinks(path);
-  TemporaryFile file(target, OldMode(target));
+  const auto old = OldStatus(target);
+  TemporaryFile file(target, old);
   file.Write(sContent);
-  file.Replace(target);
+  file.Replace(target, old && eOldFile == OldFile::kept);
 }
 
 }  // namespace quillorbit::linux_adapter

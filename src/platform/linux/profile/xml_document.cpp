@@ -1,6 +1,7 @@
 #include "platform/linux/profile/xml_document.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <new>
 #include <stdexcept>
 #include <system_error>
@@ -171,6 +172,26 @@ std::unique_ptr<platform::IXMLDOMNode> LinuxNodeOf<Interface>::selectSingleNode(
   return pChild == nullptr ? nullptr : std::make_unique<LinuxNode>(Owner(), pChild);
 }
 
+/// The document in a file; null when there is no such file or it is empty. Throws
+/// std::runtime_error, which names the file, when it cannot be used.
+XmlDocPointer ReadDocument(const std::string& sPath) {
+  const std::string sXml = ReadWholeFile(sPath, nXmlLimit);
+  if (sXml.empty()) return nullptr;
+  XmlDocPointer doc = ParseXml(sXml, XmlEncoding::declared);
+  if (!doc) throw std::runtime_error(sPath + " is not well-formed XML or declares entities");
+  return doc;
+}
+
+/// What a save does with the file that it replaces.
+OldFile OldFileAt(const std::string& sPath) {
+  try {
+    (void)ReadDocument(sPath);
+    return OldFile::replaced;
+  } catch (const std::runtime_error&) {
+    return OldFile::kept;  // somebody may have written it by hand, with one mistake
+  }
+}
+
 class LinuxDocument final : public LinuxNodeOf<platform::DOMDocument> {
  public:
   LinuxDocument() : LinuxNodeOf(nullptr, nullptr) { Hold(nullptr); }
@@ -188,8 +209,12 @@ class LinuxDocument final : public LinuxNodeOf<platform::DOMDocument> {
   }
 
   bool load(const std::string& sPath) override {
-    const auto sXml = ReadWholeFile(sPath, nXmlLimit);
-    return Hold(sXml ? ParseXml(*sXml, XmlEncoding::declared) : nullptr);
+    try {
+      return Hold(ReadDocument(sPath));
+    } catch (const std::runtime_error& failure) {
+      std::fprintf(stderr, "quillorbit: %s, so it is ignored\n", failure.what());
+      return Hold(nullptr);
+    }
   }
 
   bool loadXML(std::string_view sXml) override { return Hold(ParseXml(sXml, XmlEncoding::utf8)); }
@@ -200,7 +225,9 @@ class LinuxDocument final : public LinuxNodeOf<platform::DOMDocument> {
     if (sXml.empty())
       throw std::system_error(std::make_error_code(std::errc::invalid_argument),
                               "the document has no XML form");
-    ReplaceWholeFile(sPath, sXml);
+    if (sXml.size() > nXmlLimit)  // load() would refuse it
+      throw std::system_error(std::make_error_code(std::errc::file_too_large), sPath);
+    ReplaceWholeFile(sPath, sXml, OldFileAt(sPath));
   }
 
  private:

@@ -4,11 +4,15 @@
 
 namespace quillorbit::linux_adapter {
 
-/// XML by libxml2 and libxslt. Nothing that these libraries have to say reaches standard error.
+/// XML by libxml2 and libxslt.
 ///
-/// Beyond the interface's contract: nodes stay valid for as long as anybody holds them; an XML text
-/// of more than ten million bytes is not well formed; a text given as UTF-8 declares UTF-8,
-/// whatever stands in it, and so does a document without a declaration.
+/// Beyond the interface's contract:
+/// - Nodes stay valid for as long as anybody holds them.
+/// - A file or text of more than 1 MiB is not well formed, and no larger file is saved.
+/// - load() says on the standard error why it refuses a file that is there and not empty; save()
+///   keeps such a file beside the new one, as NAME.refused (whole_file.h).
+/// - A text given as UTF-8 declares UTF-8, whatever it says, and so does a document without a
+///   declaration.
 class LinuxXmlLibrary final : public platform::XmlLibrary {
  public:
   LinuxXmlLibrary();

@@ -1,6 +1,9 @@
 #include "platform/linux/profile/xml_library.h"
 
+#include <algorithm>
+#include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
@@ -40,11 +43,58 @@ void DenyAllToStylesheets() {
   xsltSetDefaultSecurityPrefs(preferences);
 }
 
-/// Called at a DOCTYPE, before anything in it has been read.
-void RefuseDoctype(void* pContext, const xmlChar*, const xmlChar*, const xmlChar*) {
+/// Called at a DOCTYPE, before its internal subset is read. Allows none that could declare
+/// entities.
+void CheckDoctype(void* pContext, const xmlChar*, const xmlChar* pPublicId,
+                  const xmlChar* pSystemId) {
   auto* const context = static_cast<xmlParserCtxtPtr>(pContext);
+  const bool bHasInternalSubset = *context->input->cur == '[';
+  if (pPublicId == nullptr && pSystemId == nullptr && !bHasInternalSubset) return;
   context->wellFormed = 0;  // stopping alone would leave it a good document
   xmlStopParser(context);
+}
+
+/// What the parser still has to read.
+struct Input {
+  std::string_view sRest;
+  xmlParserCtxtPtr context;
+  bool bRefused = false;
+};
+
+/// Hands the parser the next part of its input; -1 when it may not have more. The parser compares
+/// each attribute of an element with all the others, and each prefix with all the namespaces in
+/// scope, so that their numbers have to be bounded. Small parts keep what it reads ahead small.
+int ReadPart(void* pInput, char* pBuffer, int nBufferBytes) {
+  constexpr int nMostAttributes = 100;
+  constexpr int nMostNamespaces = 100;
+  constexpr std::size_t nPartBytes = 1024;
+  Input& input = *static_cast<Input*>(pInput);
+  // The parser needs five places for an attribute and two for a namespace.
+  if (input.context->maxatts > 5 * 2 * nMostAttributes ||  // it makes room for twice as many
+      input.context->nsNr > 2 * nMostNamespaces) {
+    input.bRefused = true;
+    return -1;
+  }
+  const std::size_t nBytes =
+      std::min({input.sRest.size(), nPartBytes, static_cast<std::size_t>(nBufferBytes)});
+  std::memcpy(pBuffer, input.sRest.data(), nBytes);
+  input.sRest.remove_prefix(nBytes);
+  return static_cast<int>(nBytes);
+}
+
+/// Recognises UTF-32, which libxml2 takes for UTF-16 or for big-endian, and removes the byte order
+/// mark, which libxml2 leaves in a text whose encoding it is given. Null for other encodings.
+const char* TakeEncoding(std::string_view& sXml) {
+  using namespace std::string_view_literals;
+  for (const auto& [sMark, sEncoding] : {std::pair("\xFF\xFE\0\0"sv, "UTF-32LE"),
+                                         {"\0\0\xFE\xFF"sv, "UTF-32BE"},
+                                         {"\xEF\xBB\xBF"sv, "UTF-8"}}) {
+    if (!sXml.starts_with(sMark)) continue;
+    sXml.remove_prefix(sMark.size());
+    return sEncoding;
+  }
+  if (sXml.starts_with("<\0\0\0"sv)) return "UTF-32LE";
+  return sXml.starts_with("\0\0\0<"sv) ? "UTF-32BE" : nullptr;
 }
 
 std::string ToString(const xmlChar* pText, int nLength) {
@@ -70,15 +120,15 @@ XmlDocPointer ParseXml(std::string_view sXml, XmlEncoding eEncoding) {
   if (sXml.size() > nXmlLimit) return nullptr;
   const ParserContext context(xmlNewParserCtxt());
   if (!context) throw std::bad_alloc();
-  context->sax->internalSubset = RefuseDoctype;
+  context->sax->internalSubset = CheckDoctype;
   int options = XML_PARSE_NONET | XML_PARSE_NOCDATA | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
-  const char* sEncoding = nullptr;
-  if (eEncoding == XmlEncoding::utf8) {
-    options |= XML_PARSE_IGNORE_ENC;
-    sEncoding = "UTF-8";
-  }
-  return XmlDocPointer(xmlCtxtReadMemory(context.get(), sXml.data(), static_cast<int>(sXml.size()),
-                                         nullptr, sEncoding, options));
+  const char* sEncoding = TakeEncoding(sXml);
+  if (eEncoding == XmlEncoding::utf8) sEncoding = "UTF-8";
+  if (sEncoding != nullptr) options |= XML_PARSE_IGNORE_ENC;
+  Input input{sXml, context.get()};
+  XmlDocPointer doc(
+      xmlCtxtReadIO(context.get(), ReadPart, nullptr, &input, nullptr, sEncoding, options));
+  return input.bRefused ? nullptr : std::move(doc);
 }
 
 std::string SerializeXml(_xmlDoc& document) {
