@@ -1,18 +1,19 @@
 #include <gtest/gtest.h>
 #include <iostream>
-#include <string_view>
+
+#include <unistd.h>
 
 #include <QCoreApplication>
 
 #include "platform/linux/process/process.h"
 
 int main(int argc, char** argv) {
-  // The process tests start copies of this program that tell what they know of themselves.
-  const quillorbit::linux_adapter::LinuxProcess process(argc, argv);
-  if (argc > 1 && std::string_view(argv[1]) == "--describe") {
+  // The process tests start copies of this program, which run until they are killed.
+  if (argc > 1 && argv[1] == std::string_view("--describe")) {
+    const quillorbit::linux_adapter::LinuxProcess process(argc, argv);
     std::cout << process.Path() << '|' << process.EXEName() << '|' << process.Command() << '|'
-              << process.PrevInstance() << '|' << process.PathSeparator();
-    return 0;
+              << process.PrevInstance() << std::endl;
+    for (;;) pause();
   }
   const QCoreApplication application(argc, argv);
   testing::InitGoogleTest(&argc, argv);

@@ -1,17 +1,13 @@
 #pragma once
 
-#include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <stdexcept>
-#include <string>
 #include <string_view>
 
 #include <unistd.h>
 
 #include <QCoreApplication>
-#include <QEventLoop>
 
 #include "support/child_process.h"
 
@@ -36,24 +32,20 @@ class AsNobody {
   ~AsNobody() {
     if (seteuid(0) != 0) std::abort();
   }
-  AsNobody(const AsNobody&) = delete;
-  AsNobody& operator=(const AsNobody&) = delete;
 };
 
 inline void WriteFile(const std::filesystem::path& path, std::string_view sContent) {
-  std::ofstream(path, std::ios::binary)
-      .write(sContent.data(), static_cast<std::streamsize>(sContent.size()));
+  std::ofstream(path, std::ios::binary) << sContent;
 }
 
 /// Runs the event loop until the condition holds; false when it does not within two seconds.
 template <class Condition>
 [[nodiscard]] bool WaitUntil(Condition condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-  }
-  return true;
+  const auto holds = [&] {
+    QCoreApplication::processEvents();
+    return condition();
+  };
+  return condition() || test::Eventually(holds, std::chrono::seconds(2));
 }
 
 /// Gives every event that is there its turn.
