@@ -1,8 +1,10 @@
 #pragma once
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 #include <unistd.h>
@@ -41,11 +43,10 @@ inline void WriteFile(const std::filesystem::path& path, std::string_view sConte
 /// Runs the event loop until the condition holds; false when it does not within two seconds.
 template <class Condition>
 [[nodiscard]] bool WaitUntil(Condition condition) {
-  const auto holds = [&] {
-    QCoreApplication::processEvents();
-    return condition();
-  };
-  return condition() || test::Eventually(holds, std::chrono::seconds(2));
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+  while (!condition() && std::chrono::steady_clock::now() < end)
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+  return condition();
 }
 
 /// Gives every event that is there its turn.

@@ -178,7 +178,9 @@ XmlDocPointer ReadDocument(const std::string& sPath) {
   const std::string sXml = ReadWholeFile(sPath, nXmlLimit);
   if (sXml.empty()) return nullptr;
   XmlDocPointer doc = ParseXml(sXml, XmlEncoding::declared);
-  if (!doc) throw std::runtime_error(sPath + " is not well-formed XML, or has too many attributes or entities");
+  if (!doc)
+    throw std::runtime_error(sPath +
+                             " is not well-formed XML, or has too many attributes or entities");
   return doc;
 }
 
