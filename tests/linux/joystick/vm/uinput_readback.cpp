@@ -1,5 +1,4 @@
-// Plays reports into the joystick and prints what the kernel and SDL, which games read it with,
-// make of each.
+// Plays reports into the joystick and prints what games read of each, through evdev and SDL.
 
 #include <algorithm>
 #include <array>
