@@ -43,6 +43,14 @@ TEST(CFilter, LowPassWeighsTheSampleAndRoundsHalvesToEven) {
   EXPECT_EQ(LowPass(heavy, {150}), (std::vector{5}));  // 150/31 = 4.84
 }
 
+TEST(CFilter, LowPassRoundsEachOperationTo64Bits) {
+  CFilter once, twice;
+  once.InitialiseLowPass(30, 6);  // a factor just above 1/6
+  EXPECT_EQ(LowPass(once, {15}), (std::vector{3}));  // with a wider factor exactly 2.5, which is 2
+  twice.InitialiseLowPass(30, 6);
+  EXPECT_EQ(LowPass(twice, {30, 134}), (std::vector{5, 26}));  // with a fused operation 27
+}
+
 TEST(CFilter, LowPassKeepsItsOutputWhenTunedAnew) {
   CFilter filter;
   filter.InitialiseLowPass(30, 30);
