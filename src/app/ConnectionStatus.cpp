@@ -1,6 +1,7 @@
 #include "app/ConnectionStatus.h"
 
 #include <cstdlib>
+#include <exception>
 #include <string>
 
 #include "app/Product.h"
@@ -25,7 +26,8 @@ void ConnectionStatus::Disconnected(bool bDisconnected) {
 }
 
 void ConnectionStatus::SignalLost() {
-  const CarryOn step(Ignore{});
+  std::exception_ptr failure;
+  const CarryOn step(KeepFirst{failure});
   std::string sCaption;
   step([&] { SetTrayIcon("ERROR"); });
   step([&] {
@@ -41,10 +43,12 @@ void ConnectionStatus::SignalLost() {
   for (const auto& lamp : m_controls.lblButton) step([&] { lamp->BackColor(lampReleased); });
   m_state.m_lastPacketCount = 0;
   m_state.m_disconnected = true;
+  if (failure) std::rethrow_exception(failure);
 }
 
 void ConnectionStatus::SignalBack() {
-  const CarryOn step(Ignore{});
+  std::exception_ptr failure;
+  const CarryOn step(KeepFirst{failure});
   step([&] { SetTrayIcon("OK"); });
   step([&] { m_controls.frmMain->Caption(sProductName); });
   step([&] { Existing(m_systray).ToolTip(sProductName); });
@@ -53,6 +57,7 @@ void ConnectionStatus::SignalBack() {
                                        sProductName, balloonInformation, 0);
   });
   m_state.m_disconnected = false;
+  if (failure) std::rethrow_exception(failure);
 }
 
 void ConnectionStatus::SetTrayIcon(const char* sIconName) {
@@ -62,7 +67,10 @@ void ConnectionStatus::SetTrayIcon(const char* sIconName) {
 }
 
 void ConnectionStatus::tmrCheck_Timer() {
-  if (!m_state.m_disconnected) Disconnected(true);
+  const CarryOn step(Ignore{});
+  step([&] {
+    if (!m_state.m_disconnected) Disconnected(true);
+  });
   m_view.UpdateDisplay(0, 0, 0, 0);
 }
 

@@ -10,9 +10,9 @@
 
 namespace quillorbit {
 
-/// Tells the user, and the joystick, whether a mobile device is transmitting: signal or no signal,
-/// kept in `m_disconnected`. The watchdog declares the signal lost when no accepted datagram has
-/// come for one second; the next one declares it back.
+/// Shows the user whether a mobile device is transmitting (signal or no signal, kept in
+/// `m_disconnected`), and centres the joystick when none is. The watchdog declares the signal lost
+/// after one second without an accepted datagram; the next one declares it back.
 class ConnectionStatus {
  public:
   /// The tray component may be absent.
@@ -25,8 +25,8 @@ class ConnectionStatus {
         m_systray(systray) {}
 
   /// Changes to no signal (true) or signal (false), whatever the state is: icon, caption, tooltip
-  /// and balloon, and for no signal a centred joystick without a pressed button. A part of it that
-  /// fails does not keep the others from happening.
+  /// and balloon, and for no signal a centred joystick without a pressed button. When a part of it
+  /// fails, the others are carried out all the same; then the first failure is thrown.
   void Disconnected(bool bDisconnected);
 
   /// Shows an icon resource in the tray and on the main window.

@@ -5,8 +5,8 @@
 
 namespace quillorbit {
 
-/// Runs the steps of a sequence one at a time: a step that throws is given up, its failure is
-/// answered by `onFailure`, and the caller goes on with the next step.
+/// Runs the steps of a sequence one at a time. When a step throws, the rest of that step is
+/// skipped, `onFailure` is called, and the sequence goes on with its next step.
 ///
 ///     const CarryOn step([this] { ReportFailure(); });
 ///     step([this] { FirstThing(); });
@@ -29,9 +29,18 @@ class CarryOn {
   OnFailure m_onFailure;
 };
 
-/// The failure answer of sequences that pass over what fails.
+/// The failure answer of sequences that ignore what fails.
 struct Ignore {
   void operator()() const {}
+};
+
+/// The failure answer of sequences that run to their end and then report their first failure, with
+/// std::rethrow_exception.
+struct KeepFirst {
+  void operator()() const {
+    if (!first) first = std::current_exception();
+  }
+  std::exception_ptr& first;
 };
 
 }  // namespace quillorbit
