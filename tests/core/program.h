@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -11,40 +12,49 @@ namespace quillorbit {
 
 using Lines = std::vector<std::string>;
 
-/// The whole program on the fake platform.
-struct Program {
-  fakes::FakePlatform platform;
-  frmMain main{platform.services};
-
-  /// Starts it and forgets the calls of the start.
-  void Start() {
-    main.Form_Load();
-    platform.log.Take();
-  }
-  void Hide() {
-    platform.Window().Hide();
-    platform.log.Take();
-  }
-  Lines Take() { return platform.log.Take(); }
-};
-
-/// The icon of a resource on the main window and, unless the tray has it already, in the tray.
-inline Lines IconCalls(const std::string& sName, int iHandle) {
-  const auto load = [&](const char* sSize, const char* sKind, int iSizeHandle) {
-    return Lines{
-        "LoadImageA 4194304, " + sName + ", 1, " + sSize + ", 32768",
-        std::string("SendMessageA 1001, 128, ") + sKind + ", " + std::to_string(iSizeHandle)};
-  };
-  Lines lines = load("32, 33", "1", iHandle + 32);
-  const Lines small = load("16, 17", "0", iHandle + 16);
-  lines.insert(lines.end(), small.begin(), small.end());
-  lines.push_back("Shell_NotifyIconW 1, 936, 1002, 116, icon " + std::to_string(iHandle + 16));
+inline Lines operator+(Lines lines, const Lines& more) {
+  lines.insert(lines.end(), more.begin(), more.end());
   return lines;
 }
+
+/// The calls of a text, which "; " separates.
+inline Lines Calls(const std::string& sText) {
+  Lines lines;
+  for (std::size_t i = 0, j = 0; j != std::string::npos; i = j + 2)
+    lines.push_back(sText.substr(i, (j = sText.find("; ", i)) - i));
+  return lines;
+}
+
+/// The whole program on the fake platform.
+struct Program : fakes::FakePlatform {
+  frmMain main{services};
+
+  Program() { Take(); }
+  /// Starts it with a profile of these elements, and returns the calls of the start.
+  Lines Start(const std::vector<std::pair<std::string, std::string>>& profile = {}) {
+    if (!profile.empty()) StoreProfile(profile);
+    main.Form_Load();
+    return Take();
+  }
+  void Hide() {
+    Window().Hide();
+    Take();
+  }
+  Lines Take() { return log.Take(); }
+};
 
 /// The write of one report, as it crosses the seam.
 inline std::string Report(const std::string& sBytes) {
   return "DeviceIoControl 42, 100, " + sBytes + ", 0, 0, 1, 0";
+}
+
+/// The lamps for a button mask.
+inline Lines Lamps(int lButtons) {
+  Lines lines;
+  for (int i = 0; i < 16; ++i)
+    lines.push_back("lblButton" + std::to_string(i) + ".BackColor " +
+                    (lButtons >> i & 1 ? "255" : "16777215"));
+  return lines;
 }
 
 }  // namespace quillorbit

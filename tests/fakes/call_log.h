@@ -1,49 +1,101 @@
 #pragma once
 
+#include <algorithm>
 #include <cerrno>
-#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
 
+namespace quillorbit::platform {}
+
 namespace quillorbit::fakes {
 
-/// What crossed the seam, in order, as readable lines. It can make any one call fail.
+using namespace platform;
+
+// Short names, so that the signature of a recorded call takes a line
+using u32 = std::uint32_t;
+using i32 = std::int32_t;
+using View = std::string_view;
+template <class T>
+using Ref = std::shared_ptr<T>;
+template <class T>
+using Own = std::unique_ptr<T>;
+
+/// The calls that crossed the seam, in order, each as a line "Name first, second, ...". It can make
+/// any one of them fail.
 class CallLog {
  public:
-  /// Notes a call, or throws instead where it was told to.
-  template <class... Parts>
-  void Call(const Parts&... parts) {
+  /// Records a call, and throws std::system_error where FailAt says so.
+  template <class... Args>
+  void Call(View sName, const Args&... args) {
+    CallOf({}, sName, args...);
+  }
+  /// Likewise the call of a named object, "object.Name first, second, ...".
+  template <class... Args>
+  void CallOf(View sObject, View sName, const Args&... args) {
     if (m_muted) return;
-    Note(parts...);
-    if (m_calls.size() != m_failAt) return;
-    m_failAt = 0;
-    throw std::system_error(EIO, std::generic_category());
+    std::ostringstream line;
+    line << sObject << (sObject.empty() ? "" : ".") << sName;
+    [[maybe_unused]] const char* sSeparator = " ";
+    ((line << std::exchange(sSeparator, ", ") << args), ...);
+    m_calls.push_back(line.str());
+    if (m_calls.size() == m_failAt) throw std::system_error(EIO, std::generic_category());
   }
 
-  /// Notes what cannot fail.
-  template <class... Parts>
-  void Note(const Parts&... parts) {
-    if (m_muted) return;
-    std::ostringstream text;
-    (text << ... << parts);
-    m_calls.push_back(text.str());
+  /// Records what cannot fail.
+  void Note(View sLine) {
+    if (!m_muted) m_calls.emplace_back(sLine);
   }
 
   [[nodiscard]] const std::vector<std::string>& Calls() const { return m_calls; }
-  /// The calls since the last time this was asked.
-  std::vector<std::string> Take() { return std::exchange(m_calls, {}); }
+  /// The calls since the last Take; those to come are not made to fail.
+  std::vector<std::string> Take() {
+    m_failAt = 0;
+    return std::exchange(m_calls, {});
+  }
 
-  /// Makes the nth call from the last Take on fail, once; counted from 1.
+  /// Makes the nth call since the last Take fail, counted from 1.
   void FailAt(std::size_t nCall) { m_failAt = nCall; }
-  void Mute(bool bMuted) { m_muted = bMuted; }  ///< muted, it also costs no memory
+  /// While muted it records nothing and takes no memory.
+  void Mute(bool bMuted) { m_muted = bMuted; }
 
  private:
   std::vector<std::string> m_calls;
   std::size_t m_failAt = 0;
   bool m_muted = false;
+};
+
+/// The base of a fake service.
+template <class Interface>
+struct Fake : Interface {
+  explicit Fake(CallLog& l) : log(l) {}
+  CallLog& log;
+};
+
+/// The base of a fake with a name: a form, control, timer or menu item.
+template <class Interface>
+struct FakeObject : Fake<Interface> {
+  FakeObject(CallLog& l, View name) : Fake<Interface>(l), sName(name) {}
+
+  template <class... Args>
+  void Call(View sOperation, const Args&... args) {
+    this->log.CallOf(sName, sOperation, args...);
+  }
+  /// Records "name.Property value" and keeps the value.
+  template <class Value, class New>
+  void Set(View sProperty, Value& value, const New& newValue) {
+    Call(sProperty, newValue);
+    value = newValue;
+  }
+
+  const std::string sName;
 };
 
 }  // namespace quillorbit::fakes

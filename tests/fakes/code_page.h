@@ -5,8 +5,7 @@
 namespace quillorbit::fakes {
 
 /// Latin-1.
-class FakeCodePage : public platform::CodePage {
- public:
+struct FakeCodePage : platform::CodePage {
   std::string WideCharToMultiByte(std::u16string_view sText) const override {
     std::string sBytes;
     for (const char16_t c : sText) sBytes += c < 256 ? static_cast<char>(c) : '?';

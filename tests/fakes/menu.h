@@ -1,50 +1,29 @@
 #pragma once
 
-#include <algorithm>
-#include <string>
-#include <vector>
-
 #include "fakes/call_log.h"
 #include "platform/menu.h"
 
 namespace quillorbit::fakes {
 
-class FakeMenuItem : public platform::MenuItem {
- public:
-  FakeMenuItem(CallLog& log, std::vector<FakeMenuItem*>& items)
-      : sName("item" + std::to_string(items.size())), m_log(log), m_items(items) {
-    m_items.push_back(this);
+struct FakeMenuItem : FakeObject<MenuItem> {
+  FakeMenuItem(CallLog& l, std::vector<FakeMenuItem*>& all)
+      : FakeObject(l, "item" + std::to_string(all.size())), items(all) {
+    items.push_back(this);
   }
-  ~FakeMenuItem() override {
-    m_log.Call(sName, " destroyed");
-    std::erase(m_items, this);
-  }
+  ~FakeMenuItem() override { std::erase(items, this); }
   std::string Caption() const override { return sCaption; }
-  void Caption(std::string_view s) override {
-    m_log.Call(sName, ".Caption = ", s);
-    sCaption = s;
-  }
-  void Visible(bool b) override { m_log.Call(sName, ".Visible = ", b); }
-  void Enabled(bool b) override { m_log.Call(sName, ".Enabled = ", b); }
+  void Caption(View s) override { Set("Caption", sCaption, s); }
+  void Visible(bool b) override { Call("Visible", b); }
+  void Enabled(bool b) override { Call("Enabled", b); }
 
-  const std::string sName;
   std::string sCaption;
-
- private:
-  CallLog& m_log;
-  std::vector<FakeMenuItem*>& m_items;
+  std::vector<FakeMenuItem*>& items;
 };
 
-class FakeMenu : public platform::Menu {
- public:
-  FakeMenu(CallLog& log, std::vector<FakeMenuItem*>& items) : m_log(log), m_items(items) {}
-  std::unique_ptr<platform::MenuItem> NewItem() override {
-    return std::make_unique<FakeMenuItem>(m_log, m_items);
-  }
-
- private:
-  CallLog& m_log;
-  std::vector<FakeMenuItem*>& m_items;
+struct FakeMenu : Fake<Menu> {
+  FakeMenu(CallLog& l, std::vector<FakeMenuItem*>& all) : Fake(l), items(all) {}
+  Own<MenuItem> NewItem() override { return std::make_unique<FakeMenuItem>(log, items); }
+  std::vector<FakeMenuItem*>& items;
 };
 
 }  // namespace quillorbit::fakes

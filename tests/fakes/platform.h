@@ -1,9 +1,5 @@
 #pragma once
 
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "fakes/code_page.h"
 #include "fakes/device.h"
 #include "fakes/dx8vb.h"
@@ -28,14 +24,14 @@ struct FakePlatform {
   ~FakePlatform();
 
   CallLog log;
-  FakeResources resources{log};
-  FakeToolkit toolkit{log, resources};
+  FakeToolkit toolkit{log};
   FakeShell shell{log};
   FakeTopLevelWindows windows{log};
   FakeUdpSockets udpSockets{log};
   FakeDevice device{log};
   FakeXmlLibrary xml{log};
   FakeProcess process{log};
+  FakeResources resources{log};
   FakeCodePage codePage;
   FakeFonts fonts{log};
   FakeDX8VB dx8vb{log};
@@ -49,9 +45,9 @@ struct FakePlatform {
   FakeUdpSocket& Socket() { return *udpSockets.pSocket; }
 
   /// A control by its name; throws when there is none of that name and kind.
-  template <class Fake>
-  Fake& Get(const std::string& sName) {
-    return dynamic_cast<Fake&>(*toolkit.registry.at(sName));
+  template <class FakeKind>
+  FakeKind& Get(const std::string& sName) {
+    return dynamic_cast<FakeKind&>(*toolkit.registry.byName.at(sName));
   }
   std::string Caption(const std::string& sLabel) { return Get<FakeLabel>(sLabel).sCaption; }
 
@@ -59,18 +55,9 @@ struct FakePlatform {
 
   /// Puts a profile of these elements where the program looks for it.
   void StoreProfile(const std::vector<std::pair<std::string, std::string>>& elements,
-                    const std::string& sRoot = "quillorbit_profile") {
-    auto root = std::make_shared<XmlTree>(XmlTree{sRoot, {}, {}});
-    for (const auto& [sName, sText] : elements)
-      root->children.push_back(std::make_shared<XmlTree>(XmlTree{sName, sText, {}}));
-    xml.store.files[sProfile] = std::make_shared<XmlTree>(XmlTree{{}, {}, {root}});
-  }
-  /// The elements of the profile as it was last written.
-  std::string StoredElement(const std::string& sName) {
-    for (const auto& element : xml.store.files.at(sProfile)->children.at(0)->children)
-      if (element->sName == sName) return element->sText;
-    return "(missing)";
-  }
+                    const std::string& sRoot = "quillorbit_profile");
+  /// The text of an element of the profile as it was last written.
+  std::string StoredElement(const std::string& sName);
 
   static constexpr const char* sProfile = "C:\\Games\\Quillorbit.setup";
 };

@@ -5,36 +5,25 @@
 
 namespace quillorbit::fakes {
 
-class FakeProcess : public platform::Process {
- public:
-  explicit FakeProcess(CallLog& log) : m_log(log) {}
-  bool PrevInstance() const override {
-    m_log.Call("PrevInstance");
-    return bPrevInstance;
-  }
-  std::string Command() const override {
-    m_log.Call("Command");
-    return sCommand;
-  }
+struct FakeProcess : Fake<Process> {
+  using Fake::Fake;
+  bool PrevInstance() const override { return bPrevInstance; }
+  std::string Command() const override { return sCommand; }
   std::string Path() const override { return "C:\\Games"; }
   std::string EXEName() const override { return "Quillorbit"; }
   char PathSeparator() const override { return '\\'; }
-  platform::ModuleHandle hInstance() const override { return 0x400000; }
-  std::uint32_t GetVersion() const override { return lVersion; }
-  platform::MutexHandle CreateMutexA(const void* pSecurityAttributes, bool bInitialOwner,
-                                     const char* sName) override {
-    m_log.Call("CreateMutexA ", pSecurityAttributes, ", ", bInitialOwner, ", ", sName);
+  ModuleHandle hInstance() const override { return 0x400000; }
+  u32 GetVersion() const override { return lVersion; }
+  MutexHandle CreateMutexA(const void* pSecurity, bool bInitialOwner, const char* s) override {
+    log.Call("CreateMutexA", pSecurity, bInitialOwner, s);
     return 0;
   }
   double Rnd() override { return dRnd; }
 
   bool bPrevInstance = false;
   std::string sCommand;
-  std::uint32_t lVersion = 5;  // 5.0 of the NT family
+  u32 lVersion = 5;  // 5.0 of the NT family
   double dRnd = 0;
-
- private:
-  CallLog& m_log;
 };
 
 }  // namespace quillorbit::fakes

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <algorithm>
-#include <string>
-#include <type_traits>
-#include <vector>
+#include <sstream>
 
 #include "base/Utf16.h"
 #include "fakes/call_log.h"
@@ -11,52 +8,39 @@
 
 namespace quillorbit::fakes {
 
-/// Notes each command with what its flags say is valid, and keeps the records themselves.
-class FakeShell : public platform::Shell {
- public:
-  explicit FakeShell(CallLog& log) : m_log(log) {}
-
-  bool Shell_NotifyIconA(std::uint32_t lMessage, const platform::NOTIFYICONDATAA& data) override {
+/// Records each command with the fields that its flags declare valid, and keeps the last records.
+struct FakeShell : Fake<Shell> {
+  using Fake::Fake;
+  bool Shell_NotifyIconA(u32 lMessage, const NOTIFYICONDATAA& data) override {
     lastA = data;
-    Note("Shell_NotifyIconA ", lMessage, data);
-    return !bRefuses;
+    return Notify("Shell_NotifyIconA", lMessage, data);
   }
-  bool Shell_NotifyIconW(std::uint32_t lMessage, const platform::NOTIFYICONDATAW& data) override {
+  bool Shell_NotifyIconW(u32 lMessage, const NOTIFYICONDATAW& data) override {
     lastW = data;
-    Note("Shell_NotifyIconW ", lMessage, data);
-    return !bRefuses;
+    return Notify("Shell_NotifyIconW", lMessage, data);
   }
 
-  platform::NOTIFYICONDATAA lastA{};
-  platform::NOTIFYICONDATAW lastW{};
-  bool bRefuses = false;
+  NOTIFYICONDATAA lastA{};
+  NOTIFYICONDATAW lastW{};
 
  private:
-  template <class Char, std::size_t n>
-  static std::string Text(const Char (&field)[n]) {
-    const std::basic_string<Char> sText(field, std::find(field, field + n, Char(0)));
-    if constexpr (std::is_same_v<Char, char>)
-      return sText;
-    else
-      return ToUtf8(sText);
-  }
+  static std::string Text(View s) { return std::string(s.substr(0, s.find('\0'))); }
+  static std::string Text(std::u16string_view s) { return ToUtf8(s.substr(0, s.find(u'\0'))); }
 
-  template <class Record>
-  void Note(const char* sCall, std::uint32_t lMessage, const Record& r) {
-    std::string sValid;
-    if (lMessage <= platform::NIM_MODIFY) {
-      if (r.uFlags & platform::NIF_MESSAGE)
-        sValid += ", message " + std::to_string(r.uCallbackMessage);
-      if (r.uFlags & platform::NIF_ICON) sValid += ", icon " + std::to_string(r.hIcon);
-      if (r.uFlags & platform::NIF_TIP) sValid += ", tip " + Text(r.szTip);
-      if (r.uFlags & platform::NIF_INFO)
-        sValid += ", balloon " + Text(r.szInfoTitle) + ": " + Text(r.szInfo) + ", " +
-                  std::to_string(r.dwInfoFlags) + ", " + std::to_string(r.uTimeout);
-    }
-    m_log.Call(sCall, lMessage, ", ", r.cbSize, ", ", r.hWnd, ", ", r.uID, sValid);
+  template <class Char>
+  bool Notify(const char* sCall, u32 lMessage, const NotifyIconData<Char>& r) {
+    const auto text = [](const auto& field) { return Text({field, std::size(field)}); };
+    const u32 lValid = lMessage <= NIM_MODIFY ? r.uFlags : 0;
+    std::ostringstream fields;
+    if (lValid & NIF_MESSAGE) fields << ", message " << r.uCallbackMessage;
+    if (lValid & NIF_ICON) fields << ", icon " << r.hIcon;
+    if (lValid & NIF_TIP) fields << ", tip " << text(r.szTip);
+    if (lValid & NIF_INFO)
+      fields << ", balloon " << text(r.szInfoTitle) << ": " << text(r.szInfo) << ", "
+             << r.dwInfoFlags << ", " << r.uTimeout;
+    log.Call(sCall, lMessage, r.cbSize, r.hWnd, std::to_string(r.uID) + fields.str());
+    return false;  // nobody looks at it
   }
-
-  CallLog& m_log;
 };
 
 }  // namespace quillorbit::fakes
