@@ -22,7 +22,8 @@ void frmMain::Form_QueryUnload(bool& Cancel, platform::UnloadReason UnloadMode) 
   m_controls.frmMain->Hide();
 }
 
-/// Tolerates whatever start-up has not made yet. The settings are not saved: every change was.
+/// Copes with anything that start-up has not created yet. The settings need no saving: each change
+/// was saved when it was made.
 void frmMain::Form_Unload() {
   m_unloaded = true;
   const CarryOn step(Ignore{});

@@ -30,7 +30,7 @@ void frmMain::Form_Load() {
     if (!m_unloaded) carryOn([&] { (this->*what)(); });
   };
 
-  step(&frmMain::YieldToPreviousInstance);  // before anything exists that the two could fight for
+  step(&frmMain::YieldToPreviousInstance);  // before anything exists that both would want
   step(&frmMain::SetApplicationIcon);
   step(&frmMain::CreateSettings);
   step(&frmMain::LoadProfile);
@@ -64,7 +64,7 @@ void frmMain::YieldToPreviousInstance() {
   m_controls.frmMain->Unload();
 }
 
-/// Whether it is the previous instance's main window, hidden or not; that one comes to the front.
+/// Brings the previous instance's main window, hidden or not, to the front.
 void frmMain::EnumWindow(platform::WindowHandle hwnd, bool& bStop) {
   if (m_windows.GetWindowClass(hwnd) != sFormClass) return;
   if (m_windows.GetWindowTitle(hwnd).find(sProductName) == std::string::npos) return;
@@ -193,7 +193,7 @@ void frmMain::StartListening() {
 
 void frmMain::ShowWindow() { m_controls.frmMain->Show(); }
 
-/// The box tells the port whatever step failed. Before there are settings it shows the defaults.
+/// The box names the port whichever step failed. Without a settings object it shows the defaults.
 void frmMain::ShowFailureBox() {
   const CarryOn step(Ignore{});
   step([&] {

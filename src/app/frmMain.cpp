@@ -8,8 +8,8 @@
 namespace quillorbit {
 namespace {
 
-/// An event handler: the object's named operation. A failure that it leaves unhandled ends with the
-/// event; the program goes on.
+/// An event handler: the object's named operation. A failure that it does not handle ends there;
+/// the program goes on.
 template <class Object, class... Args>
 auto On(Object& object, void (Object::*handler)(Args...)) {
   return [&object, handler](Args... args) {

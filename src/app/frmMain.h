@@ -17,8 +17,8 @@
 namespace quillorbit {
 
 /// The main window, which is the program: loading it starts the program, unloading it ends it. It
-/// owns every piece and the state they share, and routes each event to its handler; what a handler
-/// does is the piece's affair.
+/// owns every part and the state that they share, and routes each event to its handler in the part
+/// concerned.
 class frmMain : private IEnumWindowsSink {
  public:
   explicit frmMain(platform::Platform& platform);

@@ -4,7 +4,7 @@
 
 namespace quillorbit {
 
-/// The object that a reference (a smart pointer) names; throws std::logic_error when there is none,
+/// The object that a smart pointer points to; throws std::logic_error when there is none,
 /// so that a step that needs a missing piece fails like any other step.
 template <class Reference>
 [[nodiscard]] auto& Existing(const Reference& object) {

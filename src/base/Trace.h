@@ -4,8 +4,8 @@
 
 namespace quillorbit {
 
-/// The diagnostic hook: the program's pieces tell it what happens, and it puts nothing out. A
-/// debugger's breakpoint here sees every text.
+/// The diagnostic hook: the program reports here what happens. It has no output; a breakpoint here
+/// sees every text.
 void Trace(std::string_view sText);
 
 }  // namespace quillorbit

@@ -5,7 +5,7 @@
 
 namespace quillorbit {
 
-// Texts are UTF-8; the platform's wide texts are UTF-16. What is invalid becomes U+FFFD, the
+// Texts are UTF-8; the platform's wide texts are UTF-16. Invalid sequences become U+FFFD, the
 // replacement character.
 
 [[nodiscard]] std::u16string ToUtf16(std::string_view sUtf8);

@@ -7,7 +7,7 @@ namespace quillorbit {
 
 /// Smooths a stream of 16-bit samples of one axis, in one of two modes: as a first-order recursive
 /// low-pass filter, or as the median of a buffer. The last initialisation chooses the mode; a new
-/// filter is in median mode without a buffer and puts out 0.
+/// filter is in median mode without a buffer and its output is 0.
 ///
 /// Failures: std::domain_error for a division by zero, std::overflow_error for a result that does
 /// not fit 16 bits, std::length_error for a negative sample count.
@@ -22,16 +22,15 @@ class CFilter {
   /// Low-pass mode, with the smoothing factor alpha = T / (T + tau) of a sample period T = 1/rate
   /// and a time constant tau = 1/freq, that is freq / (freq + rate). The output stays what it is.
   ///
-  /// With `freq` 0 the filter changes to low-pass mode but keeps its previous factor, and with
-  /// 1/rate
-  /// + 1/freq = 0 it has no usable factor, so that AddLowPass fails; both fail here as well.
+  /// Fails with `rate` 0, which changes nothing; with `freq` 0, which changes to low-pass mode with
+  /// the previous factor; and when 1/rate and 1/freq cancel out, which leaves no usable factor.
   void InitialiseLowPass(double rate, double freq);
 
   /// Feeds the low-pass filter. Fails, keeping its output, when there is no usable factor.
   void AddLowPass(std::int16_t sample);
 
-  /// Feeds the median buffer, if there is one. The sample takes the place of the element whose turn
-  /// it is by rank: the ranks are replaced in cyclic order, whatever the age of what stands there.
+  /// Feeds the median buffer, if there is one. Each sample replaces the element at the next rank of
+  /// the sorted buffer, in cyclic order, however old that element is.
   void Add(std::int16_t sample);
 
   /// The low-pass output, or the middle element of the median buffer, or the mean of the two middle

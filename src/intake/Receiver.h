@@ -9,16 +9,16 @@
 
 namespace quillorbit {
 
-/// Takes each motion datagram from the socket to the joystick, and to whatever shows it. A datagram
-/// that raises no failure costs no heap allocation here.
+/// Handles each motion datagram: from the socket to the joystick, and to whatever shows it. Nothing
+/// is allocated on the heap unless something fails.
 class Receiver {
  public:
   Receiver(ReceiverState& state, Controls& controls, AttitudeView& view, ConnectionStatus& status)
       : m_state(state), m_controls(controls), m_view(view), m_status(status) {}
 
-  /// One datagram is pending. Anything but 20 bytes is passed over, and so is a read that fails: it
-  /// must not keep an old pose alive. Of an accepted one, a step that fails is skipped and sets the
-  /// packet count to 0.
+  /// One datagram is pending. Anything but 20 bytes is ignored, and so is a read that fails: it
+  /// must not keep an old pose alive. When a step for an accepted one fails, the packet count
+  /// becomes 0 and the next step runs.
   void sckUDP_DataArrival();
 
  private:

@@ -10,8 +10,8 @@
 
 namespace quillorbit {
 
-/// What the main window knows of the mobile device and shares with its pieces. Start-up fills it
-/// and shutdown releases it; a piece that runs in between may find parts of it absent.
+/// What the main window knows about the mobile device and shares with its parts. Start-up fills it
+/// and shutdown releases it; an event that comes during either may find members unset.
 struct ReceiverState {
   std::unique_ptr<CSetup> m_setup;
   std::unique_ptr<CGamePad> m_gamepad;

@@ -5,8 +5,8 @@
 
 namespace quillorbit::platform {
 
-/// The system's ANSI code page. What cannot be converted becomes the target's replacement
-/// character.
+/// Conversion between UTF-16 and the system's ANSI code page. What cannot be converted becomes the
+/// target's replacement character.
 class CodePage {
  public:
   virtual ~CodePage() = default;

@@ -20,7 +20,7 @@ struct Font {
   float fPoints;           ///< size in points (1/72 inch)
 };
 
-/// Where a control stands in its container and in the tab order, as it is designed.
+/// A control as designed: its place in its container and in the tab order.
 /// All lengths are twips (1/1440 inch).
 struct ControlDesign {
   std::string_view sName;  ///< unique in the form; not shown
@@ -30,7 +30,7 @@ struct ControlDesign {
 };
 
 /// What every control has. Lengths are twips as 32-bit floats; a platform that places controls on
-/// whole pixels reads back what it really gave.
+/// whole pixels returns the lengths that it really used.
 class Control {
  public:
   virtual ~Control() = default;
@@ -52,7 +52,7 @@ enum class LabelKind {
   Lamp,  ///< a framed box of fixed size with its caption centred on a background colour
 };
 
-/// A label is drawn on its container: picture boxes cover it.
+/// A label is drawn on its container, below the picture boxes.
 class Label : public Control {
  public:
   [[nodiscard]] virtual std::string Caption() const = 0;
@@ -69,7 +69,7 @@ class TextBox : public Control {
   virtual void SelStart(int iStart) = 0;
   virtual void SelLength(int iLength) = 0;
 
-  Event<std::int16_t> KeyPress;  ///< character code of a key that the box is about to take
+  Event<std::int16_t> KeyPress;  ///< character code of the key pressed, before the box handles it
   Event<bool&> Validate;         ///< the focus is about to leave; true keeps it in the box
 };
 
@@ -79,7 +79,7 @@ class Slider : public Control {
   virtual void Min(int iMin) = 0;
   virtual void Max(int iMax) = 0;
   [[nodiscard]] virtual int Value() const = 0;
-  /// A value outside Min..Max is taken as the nearer bound.
+  /// A value outside Min..Max becomes the nearer bound.
   virtual void Value(int iValue) = 0;
 
   Event<> Change;  ///< the value has changed, by the user or by the program
@@ -97,8 +97,8 @@ class PictureBox;
 
 enum class Docking { Top, Bottom };
 
-/// What carries controls. A control lives as long as the object returned here, and not longer than
-/// its container.
+/// What holds controls. A control exists until the object returned here is destroyed, which must
+/// happen before the container is destroyed.
 class Container {
  public:
   virtual ~Container() = default;

@@ -24,7 +24,9 @@ inline constexpr std::uint32_t GENERIC_READ = 0x80000000;
 inline constexpr std::uint32_t OPEN_EXISTING = 3;
 
 /// The platform's device functions, with its own parameters and results: they report failure by
-/// what they return and do not throw. None of them waits for a device that does not answer.
+/// what they return and do not throw. An adapter must not let a device that does not answer block
+/// the user-interface thread; where the platform offers nothing else, DeviceIoControl waits for the
+/// driver to take the request.
 class DeviceFunctions {
  public:
   virtual ~DeviceFunctions() = default;
@@ -38,7 +40,8 @@ class DeviceFunctions {
                                    std::uint32_t lShareMode, void* pSecurityAttributes,
                                    std::uint32_t lCreationDisposition, std::uint32_t lFlags,
                                    DeviceHandle hTemplateFile) = 0;
-  /// Sends one control code with its input buffer (sizes in bytes); false when it is refused.
+  /// Sends one control code with its input buffer (sizes in bytes); false when the driver rejects
+  /// it.
   virtual bool DeviceIoControl(DeviceHandle hDevice, std::uint32_t lControlCode,
                                const void* pInBuffer, std::uint32_t lInBufferSize, void* pOutBuffer,
                                std::uint32_t lOutBufferSize, std::uint32_t* pBytesReturned,

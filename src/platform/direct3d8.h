@@ -116,7 +116,7 @@ struct D3DVECTOR {
   float x, y, z;
 };
 
-/// Rows; points are row vectors and stand in front of it.
+/// Row by row; points are row vectors, multiplied from the left.
 struct D3DMATRIX {
   std::array<std::array<float, 4>, 4> m;
 };
@@ -237,7 +237,7 @@ class IDirect3DDevice8 {
   virtual void DrawIndexedPrimitive(D3DPRIMITIVETYPE PrimitiveType, std::uint32_t MinIndex,
                                     std::uint32_t NumVertices, std::uint32_t StartIndex,
                                     std::uint32_t PrimitiveCount) = 0;
-  /// Draws vertices that it copies. Afterwards no stream is set.
+  /// Draws vertices from memory, which it copies. Afterwards no stream is set.
   virtual void DrawPrimitiveUP(D3DPRIMITIVETYPE PrimitiveType, std::uint32_t PrimitiveCount,
                                const void* pVertexStreamZeroData,
                                std::uint32_t VertexStreamZeroStride) = 0;

@@ -40,7 +40,7 @@ class ID3DXFont {
   virtual ~ID3DXFont() = default;
 };
 
-/// A model's materials with the names of their textures, as D3DX8 reads them out.
+/// A model's materials with the names of their textures; D3DX8 gives access to them.
 class D3DXBuffer {
  public:
   virtual ~D3DXBuffer() = default;
@@ -76,7 +76,7 @@ class D3DX8 {
       D3DCOLOR ColorKey) = 0;
 };
 
-/// The library. In a product of matrices the first one applies first.
+/// The library. In a product of matrices the first factor is applied first.
 class DX8VB {
  public:
   virtual ~DX8VB() = default;

@@ -4,8 +4,8 @@
 
 namespace quillorbit::platform {
 
-/// A fact that the platform reports. The receiver of the event assigns one handler; the adapter
-/// calls it, on the user-interface thread, and calls nothing while no handler is assigned.
+/// Something that the platform reports. The core assigns at most one handler; the adapter calls it,
+/// if there is one, on the user-interface thread.
 /// Handlers do not throw, and do not destroy the object whose event they handle.
 template <class... Args>
 using Event = std::function<void(Args...)>;

@@ -10,18 +10,19 @@ namespace quillorbit::platform {
 /// A font's handle; 0 is none.
 using FontHandle = std::uint32_t;
 
-/// The font object: a description of a font, and the handle of the font that it describes.
+/// A description of a font, with the handle of the font that it describes.
 class StdFont {
  public:
   virtual ~StdFont() = default;
-  virtual void Name(std::string_view sName) = 0;  ///< face name; or else the platform's nearest
-  virtual void Size(float fPoints) = 0;           ///< in points, 96 pixels to the inch
+  virtual void Name(
+      std::string_view sName) = 0;       ///< face name; a platform without it uses its nearest
+  virtual void Size(float fPoints) = 0;  ///< in points, 96 pixels to the inch
   /// Valid until the description changes or the object is destroyed.
   [[nodiscard]] virtual FontHandle hFont() const = 0;
 };
 
-/// A text as it covers the pixels of a rectangle: a byte for each, row by row from the top; 0 is
-/// free, 255 covered. On a scaled display it may have more pixels than the rectangle.
+/// How far a text covers each pixel of a rectangle: a byte each, row by row from the top, from 0
+/// (free) to 255 (covered). On a scaled display it may have more pixels than the rectangle.
 struct TextCoverage {
   std::uint32_t nWidth = 0, nHeight = 0;
   std::vector<std::uint8_t> pixels;
@@ -35,7 +36,7 @@ class Fonts {
 
   /// Draws a UTF-8 text into a rectangle of that size in pixels, clipped to it, by the platform's
   /// formatting flags: 0 is from the top left corner, without word wrapping, '&' marking an access
-  /// key. The coverage's memory is used again. Throws std::invalid_argument for a handle that is
+  /// key. The memory of `coverage` is reused. Throws std::invalid_argument for a handle that is
   /// not valid.
   virtual void DrawText(FontHandle hFont, std::string_view sText, std::uint32_t nWidth,
                         std::uint32_t nHeight, std::uint32_t lFormat, TextCoverage& coverage) = 0;

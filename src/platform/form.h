@@ -35,8 +35,9 @@ struct FormDesign {
 
 /// A top-level window. It is created hidden.
 ///
-/// Unloading: for each reason the form raises QueryUnload; unless a handler cancels, it raises
-/// Unloaded, then hides for good; neither it nor its controls and timers raise an event ever after.
+/// Unloading: whatever the reason, the form raises QueryUnload. Unless a handler cancels, it then
+/// raises Unloaded and hides for good; neither it nor its controls and timers raise any event after
+/// that.
 /// The object stays valid until its owner destroys it.
 class Form : public Container {
  public:
@@ -47,7 +48,9 @@ class Form : public Container {
   [[nodiscard]] virtual std::string Caption() const = 0;
   virtual void Caption(std::string_view sCaption) = 0;
   [[nodiscard]] virtual bool Visible() const = 0;
-  virtual void Show() = 0;  ///< not modal; brings it to the front
+  /// Not modal. A hidden form comes to the front and gets the focus; one that is visible already is
+  /// not activated again.
+  virtual void Show() = 0;
   virtual void Hide() = 0;
   [[nodiscard]] virtual platform::WindowState WindowState() const = 0;
   virtual void WindowState(platform::WindowState eState) = 0;
@@ -69,9 +72,9 @@ class Form : public Container {
 
   Event<bool&, UnloadReason> QueryUnload;  ///< true cancels
   Event<> Unloaded;
-  Event<> Resize;  ///< resized, minimised or restored; docked children stand already
+  Event<> Resize;  ///< resized, minimised or restored; docked children are in place already
   Event<> Paint;
-  Event<std::int32_t> MouseMove;  ///< the mouse's x coordinate in pixels; y matters to nobody
+  Event<std::int32_t> MouseMove;  ///< the mouse's x coordinate in pixels; nothing needs y
 };
 
 }  // namespace quillorbit::platform

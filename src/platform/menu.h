@@ -22,13 +22,13 @@ class MenuItem {
   Event<> Click;  ///< the user has chosen the item
 };
 
-/// A popup menu of a form, which it does not outlive.
+/// A popup menu of a form. It is destroyed before the form.
 class Menu {
  public:
   virtual ~Menu() = default;
 
-  /// Adds an item below the others. It lives as long as the object returned here, and not longer
-  /// than its menu.
+  /// Adds an item below the others. It exists until the object returned here is destroyed, which
+  /// must happen before the menu is destroyed.
   [[nodiscard]] virtual std::unique_ptr<MenuItem> NewItem() = 0;
 };
 

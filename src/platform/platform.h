@@ -14,8 +14,8 @@
 
 namespace quillorbit::platform {
 
-/// Every service that the program asks of its platform. An adapter fills it once, in `main`; all
-/// services are used on the user-interface thread and outlive the program's main window.
+/// Every service that the program needs from its platform. An adapter fills it once, in `main`; all
+/// services are used on the user-interface thread only, and outlive the program's main window.
 struct Platform {
   Toolkit& toolkit;
   Shell& shell;

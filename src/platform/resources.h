@@ -18,7 +18,7 @@ inline constexpr int SM_CYSMICON = 50;
 inline constexpr std::uint32_t IMAGE_ICON = 1;
 inline constexpr std::uint32_t LR_SHARED = 0x8000;
 
-/// The data that the program file carries.
+/// The resources inside the program file.
 class Resources {
  public:
   virtual ~Resources() = default;
@@ -32,8 +32,9 @@ class Resources {
   [[nodiscard]] virtual std::string FileDescription() const = 0;
 
   [[nodiscard]] virtual int GetSystemMetrics(int nIndex) const = 0;
-  /// Loads an image of a module at a size, scaled where it has none of that size; 0 when there is
-  /// no such resource. A shared image has one handle for each size, and is never destroyed.
+  /// Loads an image of a module at a size in pixels, scaled if the resource has none of that size;
+  /// 0 when there is no such resource. An image loaded with LR_SHARED is never destroyed; loading
+  /// it again may return the same handle, on some platforms whatever the size.
   virtual IconHandle LoadImageA(ModuleHandle hInst, const char* sName, std::uint32_t lType, int cx,
                                 int cy, std::uint32_t lFlags) = 0;
 };

@@ -7,8 +7,8 @@
 namespace quillorbit::platform {
 
 /// The shell's notification record, as the platform's headers lay it out for a 32-bit process, up
-/// to and with `dwInfoFlags`. `cbSize` says how much of it counts: a record of the first layout
-/// ends behind 64 characters of `szTip`.
+/// to and with `dwInfoFlags`. `cbSize` says how much of it is used: a record of the first layout
+/// ends after 64 characters of `szTip`.
 template <class Char>
 struct NotifyIconData {
   std::uint32_t cbSize;
@@ -38,7 +38,7 @@ inline constexpr std::uint32_t NIM_MODIFY = 1;
 inline constexpr std::uint32_t NIM_DELETE = 2;
 inline constexpr std::uint32_t NIM_SETVERSION = 4;
 
-// What of the record is valid
+// Which fields of the record are valid
 inline constexpr std::uint32_t NIF_MESSAGE = 1;
 inline constexpr std::uint32_t NIF_ICON = 2;
 inline constexpr std::uint32_t NIF_TIP = 4;
@@ -49,7 +49,7 @@ inline constexpr std::uint32_t NIIF_INFO = 1;
 inline constexpr std::uint32_t NIIF_WARNING = 2;
 inline constexpr std::uint32_t NIIF_ERROR = 3;
 
-// Callback messages, and the codes that they bring
+// Callback messages, and the notification codes that they carry
 inline constexpr std::uint32_t WM_MOUSEMOVE = 0x0200;
 inline constexpr std::uint32_t WM_LBUTTONDOWN = 0x0201;
 inline constexpr std::uint32_t WM_LBUTTONUP = 0x0202;
@@ -64,7 +64,7 @@ inline constexpr std::uint32_t NIN_BALLOONHIDE = 0x0403;
 inline constexpr std::uint32_t NIN_BALLOONTIMEOUT = 0x0404;
 inline constexpr std::uint32_t NIN_BALLOONUSERCLICK = 0x0405;
 
-/// The notification area. It tells what happens to an icon by the record's callback message, sent
+/// The notification area. It reports what happens to an icon by the record's callback message, sent
 /// to the record's window with the code in the low 16 bits of the second parameter; with
 /// WM_MOUSEMOVE as that message the window raises MouseMove. Nothing here waits for another
 /// process.

@@ -5,13 +5,13 @@
 namespace quillorbit::platform {
 
 /// A window timer. It ticks every Interval milliseconds while it is enabled, never twice for one
-/// interval; ticks that could not be delivered in time are not made up for.
+/// interval; ticks that could not be delivered in time are lost.
 class Timer {
  public:
   virtual ~Timer() = default;
 
   virtual void Interval(int iMilliseconds) = 0;
-  /// Enabling a disabled timer starts a whole interval from now.
+  /// Enabling a disabled timer starts a new interval.
   virtual void Enabled(bool bEnabled) = 0;
 
   Event<> Tick;

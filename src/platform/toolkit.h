@@ -19,16 +19,17 @@ class Toolkit {
 
   [[nodiscard]] virtual std::unique_ptr<Form> NewForm(const FormDesign& design) = 0;
 
-  /// Shows a message box and returns when the user has answered it. Other events are delivered
-  /// meanwhile. A box without answer (closed, or the program ends) answers IDOK, or IDNO where
-  /// there is a choice.
+  /// Shows a message box and returns the user's answer. Other events are delivered meanwhile. A box
+  /// that is closed without an answer, by the user or because the program ends, returns IDOK, or
+  /// IDNO where the user had a choice.
   virtual MsgBoxAnswer MsgBox(std::string_view sPrompt, std::uint32_t lFlags,
                               std::string_view sTitle) = 0;
   virtual void Beep() = 0;
 
   /// Delivers events until End was called or no form is loaded; returns the exit status.
   virtual int Run() = 0;
-  /// Ends the program: the loop, and every loop inside it, delivers nothing more and returns.
+  /// Ends the program: Run, and every message box or menu open inside it, returns without
+  /// delivering another event.
   virtual void End() = 0;
 };
 

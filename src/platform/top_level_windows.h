@@ -21,12 +21,12 @@ class TopLevelWindows {
  public:
   virtual ~TopLevelWindows() = default;
 
-  /// Told of one window, with the user value; false ends the walk.
+  /// Called for one window, with the user value; returning false ends the enumeration.
   using WNDENUMPROC = std::function<bool(WindowHandle hwnd, std::int32_t lParam)>;
   virtual bool EnumWindows(const WNDENUMPROC& enumProc, std::int32_t lParam) = 0;
 
   [[nodiscard]] virtual bool IsWindowVisible(WindowHandle hwnd) = 0;
-  /// In bytes of the system's ANSI code page, without the NUL. The text may be shorter.
+  /// In bytes of the system's ANSI code page, without the NUL. The real text may be shorter.
   [[nodiscard]] virtual int GetWindowTextLengthA(WindowHandle hwnd) = 0;
   /// Copies the text into a buffer of nMaxCount bytes, cut to leave room for its NUL; returns the
   /// bytes copied, without the NUL.

@@ -17,17 +17,17 @@ class UdpSocket {
   virtual ~UdpSocket() = default;
 
   virtual void Protocol(SocketProtocol eProtocol) = 0;
-  /// Binds to the port on every local address, for this program alone, and begins to raise
-  /// DataArrival. Throws for a port outside 1..65535 or one that any other program holds on any
-  /// local address, and for a socket that is bound already.
+  /// Binds exclusively to the port on every local address, and begins to raise DataArrival. Throws
+  /// for a port outside 1..65535, for one that another program uses on any local address, and for
+  /// a socket that is bound already.
   virtual void Bind(std::int32_t lLocalPort) = 0;
-  /// Takes the pending datagram, as much of it as fits, and returns its whole length, which can be
-  /// 0 and can be more than fits. Throws when none is pending.
+  /// Reads the pending datagram, as much of it as fits, and returns its full length, which may be 0
+  /// and may be more than fits. Throws when none is pending.
   virtual std::size_t GetData(std::span<std::byte> data) = 0;
-  /// Also for a socket that is not bound. What is pending is dropped.
+  /// Closes the socket, bound or not. Pending datagrams are discarded.
   virtual void Close() = 0;
 
-  Event<> DataArrival;  ///< one datagram is pending; raised once for each, in their order
+  Event<> DataArrival;  ///< one datagram is pending; raised once for each, in order of arrival
 };
 
 class UdpSockets {

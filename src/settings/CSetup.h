@@ -29,9 +29,9 @@ class CSetup {
   [[nodiscard]] std::string_view Msg(std::int16_t Index) const;
 
   /// Reads a profile, the default one when `file` is empty. False, with nothing changed, when it
-  /// cannot be read or is not well formed. What the profile does not hold takes its default,
-  /// except for texts, which stay. Throws std::overflow_error when "port" or "samples" does not fit
-  /// 32 bits; what stands before it has been taken then.
+  /// cannot be read or is not well formed. Settings that the profile lacks become their default;
+  /// texts that it lacks stay as they are. Throws std::overflow_error when "port" or "samples" does
+  /// not fit 32 bits; the elements before it are in force then.
   bool Load(const std::string& file = {});
   /// Writes the profile, the default one when `file` is empty. Returns true; throws when the
   /// profile cannot be made or written, and then leaves the old file whole.

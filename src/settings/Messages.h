@@ -6,8 +6,8 @@
 
 namespace quillorbit {
 
-/// The places of the user-visible texts in the message table. A number joins the texts that end in
-/// a blank.
+/// The indexes of the user-visible texts in the message table. A text that ends in a blank is
+/// followed by a number.
 namespace Message {
 inline constexpr std::int16_t DeviceNotOpen = 0;
 inline constexpr std::int16_t ProgramWillExit = 1;

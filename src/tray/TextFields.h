@@ -9,7 +9,7 @@
 
 namespace quillorbit {
 
-// How texts stand in the notification record.
+// The texts in the notification record.
 
 /// The wide form: the text's UTF-16 units at the start of the field's first `nBytes`, cut so that a
 /// NUL follows, and zeros behind. An empty text leaves the field as it was.

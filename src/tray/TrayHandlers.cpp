@@ -6,7 +6,7 @@ namespace quillorbit {
 
 void TrayHandlers::m_systray_BalloonClicked() { RestoreMainWindow(); }
 
-/// Whatever the item is. The program ends from inside the menu's own loop.
+/// Any item ends the program, from inside the menu's own loop.
 void TrayHandlers::m_systray_MenuClick(std::int32_t /*lIndex*/, const std::string& /*sKey*/) {
   m_controls.frmMain->Unload();
   m_toolkit.End();

@@ -8,7 +8,7 @@
 namespace quillorbit {
 namespace {
 
-using namespace platform;  // its names are many here
+using namespace platform;  // many of its names are used here
 
 constexpr std::uint32_t NotifyCallbackMessage = WM_MOUSEMOVE;
 constexpr std::uint32_t lShellVersion = 3;
@@ -130,8 +130,8 @@ void frmSysTray::NotifyIcon(std::uint32_t lMessage) {
     m_platform.shell.Shell_NotifyIconA(lMessage, ToAnsi(m_iconData, m_platform.codePage));
 }
 
-/// The shell's notifications come as mouse moves whose x coordinate is the code; no real one comes
-/// to a window that is never shown.
+/// The shell's notifications arrive as mouse moves whose x coordinate is the code; a window that is
+/// never shown gets no real mouse moves.
 void frmSysTray::Form_MouseMove(std::int32_t lCode) {
   switch (lCode) {
     case WM_MOUSEMOVE:

@@ -11,14 +11,14 @@
 
 namespace quillorbit {
 
-/// Which button of the mouse an event tells of.
+/// The mouse button of an event.
 enum class SysTrayButton : std::int32_t { Left = 1, Right = 2 };
 
 /// An icon in the notification area with its tip, balloons and menu: a window that is never shown
 /// and gets the shell's notifications about the icon. It knows nothing of the rest of the program.
 ///
-/// The first operation adds the icon. What the shell answers is not looked at: without a
-/// notification area all goes on without an icon.
+/// The first operation adds the icon. The shell's results are ignored: without a notification area
+/// everything works, only without an icon.
 class frmSysTray {
  public:
   explicit frmSysTray(platform::Platform& platform);
@@ -37,8 +37,9 @@ class frmSysTray {
   std::int32_t AddMenuItem(std::string_view sCaption, std::string_view sKey = {},
                            bool bDefault = false);
   void EnableMenuItem(std::int32_t lIndex, bool bState);
-  /// Removes an item: those above move down by one, with caption and key alone. Item 0 stays and
-  /// only loses its caption. Returns 0. Not to be called from MenuClick.
+  /// Removes an item: the captions and keys of those above move down by one, and nothing else of
+  /// them does. Item 0 stays and only loses its caption. Returns 0. Not to be called from
+  /// MenuClick.
   std::int32_t RemoveMenuItem(std::int32_t iIndex);
   [[nodiscard]] std::int32_t DefaultMenuIndex();
   void DefaultMenuIndex(std::int32_t lIndex);
@@ -82,10 +83,10 @@ class frmSysTray {
   platform::Platform& m_platform;
   std::unique_ptr<platform::Form> m_form;
   std::unique_ptr<platform::Menu> mnuPopup;
-  std::vector<MenuElement> mnuSysTray;  ///< element 0 is there from the design on
+  std::vector<MenuElement> mnuSysTray;  ///< element 0 always exists
 
-  /// The one record of the icon's life. Its texts are UTF-16 in both forms; the ANSI form is
-  /// converted as it is sent.
+  /// The record that every command is sent with. Its texts are always UTF-16; for the ANSI form
+  /// they are converted when a command is sent.
   platform::NOTIFYICONDATAW m_iconData{};
   bool m_loaded = false;
   bool m_useUnicode = false;

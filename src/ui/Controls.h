@@ -10,8 +10,8 @@ namespace quillorbit {
 inline constexpr platform::Colour lampPressed = 0x0000FF;   // red
 inline constexpr platform::Colour lampReleased = 0xFFFFFF;  // white
 
-/// The main window and everything on it, as designed: made in one go, in this order, and destroyed
-/// in the reverse one. What the controls do is elsewhere.
+/// The main window and everything on it, as designed. The members are created in this order and
+/// destroyed in reverse. What the controls do is elsewhere.
 struct Controls {
   explicit Controls(platform::Platform& platform);
 
@@ -38,7 +38,7 @@ struct Controls {
   std::unique_ptr<platform::Label> lblZrLabel, lblZr;
   std::unique_ptr<platform::Label> lblButtonsLabel, lblButtons;
 
-  // Not to be seen
+  // Invisible
   std::unique_ptr<platform::Timer> tmrCheck;   ///< the loss-of-signal watchdog
   std::unique_ptr<platform::Timer> tmrCheck2;  ///< the rate timer
   std::unique_ptr<platform::UdpSocket> sckUDP;

@@ -4,7 +4,7 @@
 
 namespace quillorbit {
 
-// The resize rules. A step of theirs that fails is passed over.
+// The resize rules. A step that fails is ignored.
 
 /// A minimised window hides, and lives on as its tray icon; otherwise the drawing surface fills
 /// what the setup panel leaves of the client area.

@@ -29,8 +29,8 @@ void SetupControls::txtServerPort_Validate(bool& Cancel) {
   Cancel = true;
 }
 
-/// The socket decides which ports are good. It is closed first, so a port that it refuses leaves it
-/// closed until the box is validated again.
+/// The socket decides which ports are valid. It is closed first, so after a port that it rejects it
+/// stays closed until the box is validated again.
 void SetupControls::ListenOn(const std::string& sPort) {
   m_controls.sckUDP->Close();
   m_controls.sckUDP->Protocol(platform::SocketProtocol::UDP);

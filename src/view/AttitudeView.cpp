@@ -50,7 +50,7 @@ void AttitudeView::ShowReadouts() {
   m_controls.lblButtons->Caption(ShortText() << motion.b);
 }
 
-/// One frame. A failure ends it, and the next request starts afresh.
+/// One frame. A failure ends it; the next request starts a new one.
 void AttitudeView::Render(float ax, float ay, float az, float azr) {
   try {
     if (!HasDevice()) return;
@@ -63,8 +63,8 @@ void AttitudeView::Render(float ax, float ay, float az, float azr) {
   }
 }
 
-/// Whether there is a device to draw with; makes it anew where there is none. A device that waits
-/// to be reset is thrown away: it leaves this frame without one, and the next makes another.
+/// Whether this frame can go on; creates the device if there is none. A device that waits to be
+/// reset is released: this frame then fails at its first call, and the next creates another.
 bool AttitudeView::HasDevice() {
   if (!m_device) {
     if (InitD3D()) return true;

@@ -16,22 +16,23 @@ namespace quillorbit {
 /// where there is no 3D, the current values as text behind the hidden surface.
 ///
 /// The model turns to the angles that come with a request; the camera looks at it from 90 units in
-/// front. White light says that there is a signal, red that there is none.
+/// front. White light means that there is a signal, red that there is none.
 class AttitudeView {
  public:
   AttitudeView(platform::Platform& platform, ReceiverState& state, Controls& controls)
       : m_platform(platform), m_state(state), m_controls(controls) {}
 
-  /// Sets the 3D view up, all of it anew (ViewSetup.cpp); false when it cannot be had.
+  /// Creates the whole 3D view, again if it exists (ViewSetup.cpp); false when that is not
+  /// possible.
   [[nodiscard]] bool InitD3D();
   /// Draws one frame, or refreshes the text display. `ax` and `ay` turn the model, in degrees; `az`
   /// and `azr` are the camera's place beside and above it, in scene units. The text display shows
   /// the values themselves.
   void UpdateDisplay(float ax, float ay, float az, float azr);
-  /// Drops the device and what it came from.
+  /// Releases the device and the objects that it came from.
   void ReleaseD3D();
 
-  /// A window that has to be painted while no datagram comes to redraw it.
+  /// The window has to be painted. Draws only without a signal; with one, the next datagram does.
   void Form_Paint();
 
  private:
@@ -62,13 +63,13 @@ class AttitudeView {
 
   std::shared_ptr<platform::DirectX8> m_dx;
   std::shared_ptr<platform::IDirect3D8> m_d3d;
-  std::shared_ptr<platform::IDirect3DDevice8> m_device;  ///< absent: the next frame makes it anew
+  std::shared_ptr<platform::IDirect3DDevice8> m_device;  ///< absent: the next frame creates it
   std::shared_ptr<platform::D3DX8> m_d3dx;
 
   std::unique_ptr<platform::StdFont> m_fontDesc;  ///< made once
   std::shared_ptr<platform::ID3DXFont> m_font;
   platform::RECT m_textRect{};  ///< where the overlay's next line goes, in the back buffer's pixels
-  std::string m_overlayLine;    ///< its text; kept so that its memory is used again
+  std::string m_overlayLine;    ///< its text; a member so that its memory is reused
 
   std::shared_ptr<platform::ID3DXMesh> m_mesh;
   std::int32_t m_numMaterials = 0;

@@ -17,7 +17,7 @@ constexpr std::uint32_t adapter = D3DADAPTER_DEFAULT;
 
 constexpr D3DCOLOR ambientLight = 0x00202020;
 constexpr float fFieldOfView = 3.1415927F / 4;  // radians, vertical
-constexpr float fAspect = 1;  // whatever the surface's shape is, which stretches the picture
+constexpr float fAspect = 1;  // for every surface: its shape stretches the picture
 constexpr float fNearPlane = 0.1F, fFarPlane = 500;
 
 constexpr std::uint32_t nTextureSize = 128;  // pixels, each way
@@ -50,8 +50,8 @@ bool AttitudeView::InitD3D() {
     lErrorNumber = ErrorNumber(failure);
   }
   Trace("Error Number Returned: " + std::to_string(lErrorNumber));
-  // Nothing is drawn with half a setup, nor does it hold the graphics driver: the next request, if
-  // there is one, begins anew.
+  // Half a setup is of no use and would keep the graphics driver loaded. The next request, if there
+  // is one, starts from the beginning.
   m_textures.clear();
   m_materials.clear();
   m_mesh.reset();

@@ -6,13 +6,13 @@
 
 namespace quillorbit {
 
-/// Told of each top-level window in turn.
+/// Receives each top-level window in turn.
 class IEnumWindowsSink {
  public:
   virtual ~IEnumWindowsSink() = default;
-  /// `bStop` is false on entry; true ends the walk after this window.
+  /// `bStop` is false on entry; true ends the enumeration after this window.
   virtual void EnumWindow(platform::WindowHandle /*hwnd*/, bool& /*bStop*/) {}
-  /// Read once for each walk and handed to the platform as its user value.
+  /// Read once for each enumeration and passed to the platform as its user value.
   [[nodiscard]] virtual std::int32_t Identifier() { return 0; }
 };
 

@@ -11,7 +11,7 @@ namespace quillorbit {
 
 /// Finds the first visible top-level window whose title and class match. A pattern's first and last
 /// character may be "%": then the text has to contain the rest of the pattern, anywhere; otherwise
-/// it has to be equal. An empty pattern does not count, and without any no window is found.
+/// it has to be equal. An empty pattern is ignored; if both are empty, no window is found.
 class cFindWIndow : private IEnumWindowsSink {
  public:
   cFindWIndow(mWindow& windows, platform::Process& process)

@@ -8,15 +8,15 @@
 
 namespace quillorbit {
 
-/// A look at the top-level windows of all programs. What the platform cannot do is passed over: a
-/// window that is gone has an empty title and class, and is not activated.
+/// Enumerates, inspects and activates the top-level windows of all programs. Failures of the
+/// platform are ignored: a window that is gone has an empty title and class, and is not activated.
 class mWindow {
  public:
   mWindow(platform::TopLevelWindows& windows, const platform::CodePage& codePage)
       : m_windows(windows), m_codePage(codePage) {}
 
-  /// Hands each top-level window to the sink until that stops the walk. While a walk runs another
-  /// one is not begun: its sink gets no call.
+  /// Passes each top-level window to the sink until that stops the enumeration. Called again during
+  /// an enumeration, it does nothing.
   void EnumerateWindows(IEnumWindowsSink& sink);
 
   [[nodiscard]] std::string GetWindowTitle(platform::WindowHandle hwnd);
@@ -32,7 +32,7 @@ class mWindow {
 
   platform::TopLevelWindows& m_windows;
   const platform::CodePage& m_codePage;
-  IEnumWindowsSink* m_sink = nullptr;  ///< of the walk that runs, if any
+  IEnumWindowsSink* m_sink = nullptr;  ///< of the enumeration that is running, if any
 };
 
 }  // namespace quillorbit

@@ -8,7 +8,7 @@
 namespace quillorbit {
 
 /// Creates the named mutex, and the one of that name behind "Global\"; both exist until the process
-/// ends. Whether either could be is not looked at.
+/// ends. Failures are ignored.
 void CreateAppMutex(platform::Process& process, const std::string& sName);
 
 /// Sets a window's large and small icons from an icon resource of this program, and with

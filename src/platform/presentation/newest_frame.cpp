@@ -12,7 +12,7 @@ using platform::IDirect3DDevice8;
 
 constexpr auto period = 16ms;  // of a display of 60 Hz
 /// How much too early a frame may come and yet be drawn at once: a phone's 60 datagrams a second do
-/// not arrive evenly. What was too early is waited for later.
+/// not arrive evenly. The next frame is due that much later.
 constexpr auto tolerance = 8ms;
 
 std::size_t VertexCount(platform::D3DPRIMITIVETYPE eType, std::uint32_t nPrimitives) {
@@ -172,7 +172,7 @@ void NewestFrameDevice::ShowKeptFrame() noexcept {
   try {
     ShowNow();
   } catch (const std::exception&) {
-    // Nobody waits for this frame any more.
+    // There is no caller left to report it to.
   }
 }
 
@@ -197,7 +197,7 @@ void NewestFrameDevice::ShowNow() {
   m_kept.Empty();
 }
 
-/// Drops what a frame draws; what it sets stays set.
+/// Discards what a frame draws; its states are set all the same.
 void NewestFrameDevice::Forget(Frame& frame) {
   frame.MakeStates(*m_device);
   frame.Empty();

@@ -9,7 +9,7 @@
 
 namespace quillorbit::presentation {
 
-/// What the newest-frame device has to know of the surface that its frames are shown on.
+/// What the newest-frame device needs from the surface on which its frames are shown.
 struct FrameDisplay {
   std::function<bool()> visible;
   std::function<std::chrono::steady_clock::time_point()> now;
@@ -18,12 +18,12 @@ struct FrameDisplay {
 
 /// A device that draws no more frames than the display can show. It keeps the calls of a frame
 /// until Present. Up to about 60 frames a second, Present draws and shows the frame before it
-/// returns. When frames come faster it keeps the newest and shows that as soon as the display is
-/// due; likewise while the surface is not visible, until ShowKeptFrame. A frame that a newer one
-/// replaces costs next to nothing: only its states reach the device behind.
+/// returns. When frames come faster it keeps the newest and shows that as soon as the display can
+/// take it; likewise while the surface is not visible, until ShowKeptFrame. A frame that a newer
+/// one replaces costs next to nothing: only its states reach the device behind.
 ///
 /// A frame begins with a Clear of the whole target. A call's failure comes out of Present; that of
-/// a frame shown later is lost, and the next TestCooperativeLevel tells the device's state.
+/// a frame shown later is lost, and the next TestCooperativeLevel reports the device's state.
 class NewestFrameDevice final : public platform::IDirect3DDevice8 {
  public:
   NewestFrameDevice(std::shared_ptr<platform::IDirect3DDevice8> device, FrameDisplay display);
