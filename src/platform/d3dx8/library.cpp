@@ -1,6 +1,8 @@
 #include "platform/d3dx8/library.h"
 
 #include <exception>
+#include <map>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -29,6 +31,8 @@ class Helper final : public platform::D3DX8 {
       const std::string& sFile, std::uint32_t Options,
       const std::shared_ptr<platform::IDirect3DDevice8>& Device,
       std::shared_ptr<platform::D3DXBuffer>& Materials, std::int32_t& lMaterialCount) override {
+    m_imageBudget = {};
+    m_textures.clear();
     return Reported(
         [&] { return d3dx8::LoadMeshFromX(sFile, Options, Device, Materials, lMaterialCount); });
   }
@@ -45,10 +49,16 @@ class Helper final : public platform::D3DX8 {
       std::uint32_t Width, std::uint32_t Height, std::uint32_t MipLevels, std::uint32_t Usage,
       platform::D3DFORMAT Format, platform::D3DPOOL Pool, std::uint32_t Filter,
       std::uint32_t MipFilter, platform::D3DCOLOR ColorKey) override {
-    return Reported([&] {
+    std::weak_ptr<platform::IDirect3DTexture8>& known =
+        m_textures[{Device.get(), sFile, Width, Height, MipLevels, Usage, Format, Pool, Filter,
+                    MipFilter, ColorKey}];
+    if (auto texture = known.lock()) return texture;
+    auto texture = Reported([&] {
       return d3dx8::CreateTextureFromFileEx(Device, sFile, Width, Height, MipLevels, Usage, Format,
-                                            Pool, Filter, MipFilter, ColorKey);
+                                            Pool, Filter, MipFilter, ColorKey, m_imageBudget);
     });
+    known = texture;
+    return texture;
   }
 
  private:
@@ -62,8 +72,17 @@ class Helper final : public platform::D3DX8 {
     }
   }
 
+  /// What a texture is made from.
+  using TextureKey =
+      std::tuple<const void*, std::string, std::uint32_t, std::uint32_t, std::uint32_t,
+                 std::uint32_t, platform::D3DFORMAT, platform::D3DPOOL, std::uint32_t,
+                 std::uint32_t, platform::D3DCOLOR>;
+
   platform::Fonts& m_fonts;
   Report m_report;
+  ImageBudget m_imageBudget;  ///< of the model that was loaded last
+  /// The model's textures: a file that several materials name is read once.
+  std::map<TextureKey, std::weak_ptr<platform::IDirect3DTexture8>> m_textures;
 };
 
 }  // namespace

@@ -27,8 +27,8 @@ namespace quillorbit::d3dx8 {
 [[nodiscard]] platform::D3DMATERIAL8 BufferGetMaterial(const platform::D3DXBuffer& Materials,
                                                        std::int32_t lIndex);
 
-/// The name of a material's texture as the file has it, in UTF-8; empty when there is none. Throws
-/// as BufferGetMaterial().
+/// The name of a material's texture, relative to the model's folder, as TextureName() makes it of
+/// what the file has; empty when there is none. Throws as BufferGetMaterial().
 [[nodiscard]] std::string BufferGetTextureName(const platform::D3DXBuffer& Materials,
                                                std::int32_t lIndex);
 

@@ -1,7 +1,6 @@
 #include "platform/d3dx8/mesh_geometry.h"
 
 #include <algorithm>
-#include <numeric>
 #include <optional>
 #include <tuple>
 #include <utility>
@@ -14,21 +13,27 @@ namespace {
 
 using platform::D3DVECTOR;
 
-constexpr std::size_t nVertexLimit = 1 << 22;
+constexpr std::size_t nVertexLimit = 1 << 20;
 constexpr std::uint32_t iNone = 0xFFFFFFFF;
 
 /// For each vector the index of the one that stands for all that are equal to it.
 std::vector<std::uint32_t> Representatives(const std::vector<D3DVECTOR>& vectors) {
-  const auto key = [&](std::uint32_t i) {
-    return std::tie(vectors[i].x, vectors[i].y, vectors[i].z);
+  struct Entry {
+    [[nodiscard]] auto Key() const { return std::tie(v.x, v.y, v.z); }
+    D3DVECTOR v;
+    std::uint32_t i;
   };
-  std::vector<std::uint32_t> order(vectors.size());
-  std::iota(order.begin(), order.end(), 0U);
-  std::sort(order.begin(), order.end(), [&](auto i, auto j) { return key(i) < key(j); });
+  std::vector<Entry> order;
+  order.reserve(vectors.size());
+  for (const D3DVECTOR& v : vectors) order.push_back({v, static_cast<std::uint32_t>(order.size())});
+  std::sort(order.begin(), order.end(),
+            [](const Entry& a, const Entry& b) { return a.Key() < b.Key(); });
   std::vector<std::uint32_t> representatives(vectors.size());
-  for (std::size_t i = 0; i < order.size(); ++i)
-    representatives[order[i]] =
-        i > 0 && key(order[i - 1]) == key(order[i]) ? representatives[order[i - 1]] : order[i];
+  const Entry* pFirst = nullptr;  // of those that are equal
+  for (const Entry& entry : order) {
+    if (pFirst == nullptr || pFirst->Key() != entry.Key()) pFirst = &entry;
+    representatives[entry.i] = pFirst->i;
+  }
   return representatives;
 }
 
@@ -132,7 +137,7 @@ std::uint32_t AddMaterials(const XMesh& mesh, MeshGeometry& geometry) {
     geometry.materials.push_back(white);
   }
   if (mesh.materials.size() > nMaterialLimit - std::min(nMaterialLimit, geometry.materials.size()))
-    RefuseModel("there are too many materials");
+    RefuseModel("there are more than 4096 materials");
   geometry.materials.insert(geometry.materials.end(), mesh.materials.begin(), mesh.materials.end());
   return static_cast<std::uint32_t>(iFirst);
 }
@@ -145,7 +150,7 @@ void CheckSize(const XModel& model) {
     nVertices += part.mesh->positions.size() + part.mesh->faces.corners.size();
     nNormals += part.mesh->normals.size();
     if (nVertices > nVertexLimit || nNormals > nVertexLimit)
-      RefuseModel("there are too many vertices");
+      RefuseModel("there are more than 1048576 vertices or normals");
   }
 }
 

@@ -32,17 +32,16 @@ struct MeshGeometry {
 ///
 /// - A face of more than three corners becomes a fan around its first one.
 /// - The first vertices of a mesh are its positions, each with the normal of its first corner.
-/// Behind
-///   them stand the positions again that have further normals, by position and then by normal.
-///   Without normals these are zero.
+///   After them come the positions that have further normals, once for each, by position and then
+///   by normal. Without normals these are zero.
 /// - Frames transform positions as the pipeline does, and normals by the inverse transpose, to
 ///   length 1. The corners of a face keep their order also where a frame mirrors: drawing with the
 ///   frame's matrix would not change the order either, and exporters rely on that.
 /// - The materials of the meshes stand one after the other. A mesh without materials has one white
 ///   one if another mesh has some.
 ///
-/// Throws D3DError (D3DXERR_INVALIDDATA) when there are no faces, more than four million positions
-/// and corners or that many normals, more than 65536 materials, or a position beyond 1e18.
+/// Throws D3DError (D3DXERR_INVALIDDATA) when there are no faces, more than 1048576 positions
+/// and corners or that many normals, more than 4096 materials, or a position beyond 1e18.
 [[nodiscard]] MeshGeometry BuildGeometry(const XModel& model);
 
 }  // namespace quillorbit::d3dx8

@@ -60,7 +60,8 @@ std::string InflateMszip(std::string_view compressed, std::size_t nLimit) {
     compressed.remove_prefix(nCompressed);
     if (nSize == 0 || nSize > nBlockLimit || !block.starts_with("CK"))
       RefuseModel("the compressed data are damaged");
-    if (nSize > nLimit - out.size()) RefuseModel("the uncompressed file is too long");
+    if (nSize > nLimit - out.size())
+      RefuseModel("the uncompressed file is longer than " + std::to_string(nLimit >> 20U) + " MiB");
 
     const std::size_t nBefore = out.size();
     out.resize(nBefore + nSize);

@@ -3,23 +3,28 @@
 #include <cstddef>
 #include <cstdlib>
 
+#include "platform/d3dx8/image_decoder.h"
+
+namespace quillorbit::d3dx8 {
 namespace {
 
-/// Above what an image of 4096 x 4096 pixels of 16 bits in 4 channels needs at once. Compressed
-/// data says nothing of how much comes out of it.
-constexpr std::size_t nMostBytes = std::size_t{136} << 20U;
+thread_local std::size_t nMost = 0;
 
 /// Zeros, because the decoder gives out as pixels what a file that is cut off has left unwritten.
-void* Allocate(std::size_t nBytes) {
-  return nBytes <= nMostBytes ? std::calloc(1, nBytes) : nullptr;
-}
+void* Allocate(std::size_t nBytes) { return nBytes <= nMost ? std::calloc(1, nBytes) : nullptr; }
 
 void* Reallocate(void* p, std::size_t nBytes) {
-  return nBytes <= nMostBytes ? std::realloc(p, nBytes) : nullptr;
+  return nBytes <= nMost ? std::realloc(p, nBytes) : nullptr;
 }
 
 }  // namespace
 
+void LimitDecoder(std::size_t nMostBytes) { nMost = nMostBytes; }
+
+}  // namespace quillorbit::d3dx8
+
+using quillorbit::d3dx8::Allocate;
+using quillorbit::d3dx8::Reallocate;
 #define STBI_MALLOC(nBytes) Allocate(nBytes)
 #define STBI_REALLOC(p, nBytes) Reallocate(p, nBytes)
 #define STBI_FREE(p) std::free(p)
@@ -30,7 +35,6 @@ void* Reallocate(void* p, std::size_t nBytes) {
 #define STBI_ONLY_PNM
 #define STBI_NO_STDIO
 #define STBI_NO_LINEAR
-#define STBI_MAX_DIMENSIONS 4096
 #define STBI_FAILURE_USERMSG
 #define STB_IMAGE_IMPLEMENTATION
 // A cast in front of a macro from here counts as ours.

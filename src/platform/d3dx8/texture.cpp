@@ -6,8 +6,6 @@
 #include <iterator>
 #include <vector>
 
-#include "platform/d3dx8/image_file.h"
-
 namespace quillorbit::d3dx8 {
 namespace {
 
@@ -100,12 +98,12 @@ std::shared_ptr<platform::IDirect3DTexture8> CreateTextureFromFileEx(
     const std::shared_ptr<platform::IDirect3DDevice8>& Device, const std::string& sFile,
     std::uint32_t Width, std::uint32_t Height, std::uint32_t MipLevels, std::uint32_t Usage,
     platform::D3DFORMAT Format, platform::D3DPOOL Pool, std::uint32_t Filter,
-    std::uint32_t MipFilter, platform::D3DCOLOR ColorKey) {
+    std::uint32_t MipFilter, platform::D3DCOLOR ColorKey, ImageBudget& budget) {
   CheckArguments(Width, Height, Format, Filter, MipFilter);
   const auto orElse = [](std::uint32_t n, std::uint32_t nDefault) {
     return n == 0 || n == platform::D3DX_DEFAULT ? nDefault : n;
   };
-  Image image = ReadImage(sFile);
+  Image image = ReadImage(sFile, budget);
   MakeTransparent(image, ColorKey);
   const std::uint32_t nWidth = orElse(Width, image.nWidth);
   const std::uint32_t nHeight = orElse(Height, image.nHeight);

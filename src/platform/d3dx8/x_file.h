@@ -7,8 +7,9 @@
 
 namespace quillorbit::d3dx8 {
 
-/// How long a model file may be, and what it contains compressed: 64 MiB.
-inline constexpr std::size_t nModelFileLimit = 64 << 20;
+/// How many bytes a model file may have, and what it contains compressed: one that makes the most
+/// of them loads within a second.
+inline constexpr std::size_t nModelFileLimit = 16 << 20;
 
 /// A model file by its first 16 bytes: "xof ", the version 0302 or 0303; "txt ", "bin ", "tzip" or
 /// "bzip"; the bits of a floating-point number, 0032 or 0064.

@@ -99,7 +99,8 @@ void XMeshReader::ReadMaterialList(XMesh& mesh) {
       mesh.materials.push_back(ReadMaterial(object));
     else
       m_objects.SkipRest();
-    if (mesh.materials.size() > nMaterialLimit) m_tokens.Refuse("there are too many materials");
+    if (mesh.materials.size() > nMaterialLimit)
+      m_tokens.Refuse("there are more than 4096 materials");
   }
   const std::uint32_t iLargest =
       indexes.empty() ? 0 : *std::max_element(indexes.begin(), indexes.end());

@@ -13,8 +13,8 @@
 
 namespace quillorbit::d3dx8 {
 
-/// How many materials a model may have.
-inline constexpr std::size_t nMaterialLimit = 65536;
+/// How many materials a model may have. Each frame sets and draws all of them.
+inline constexpr std::size_t nMaterialLimit = 4096;
 
 struct XMaterial {
   platform::D3DMATERIAL8 material{};

@@ -10,8 +10,8 @@ namespace quillorbit::d3dx8 {
 namespace {
 
 constexpr std::size_t nDepthLimit = 256;
-constexpr std::size_t nPartLimit = 65536;
-constexpr float fLargest = 1e18F;  // as for the numbers in the file
+constexpr std::size_t nPartLimit = 16384;  // each frame around a part multiplies its matrix
+constexpr float fLargest = 1e18F;          // as for the numbers in the file
 
 }  // namespace
 
@@ -34,7 +34,7 @@ void XReader::ReadObject(const XObject& object, std::size_t nDepth) {
 }
 
 void XReader::ReadFrame(std::size_t nDepth) {
-  if (nDepth > nDepthLimit) m_tokens.Refuse("frames are nested too deeply");
+  if (nDepth > nDepthLimit) m_tokens.Refuse("frames are nested more than 256 deep");
   const std::size_t iFirstPart = m_model.size();
   std::optional<platform::D3DMATRIX> matrix;
   XObject object;
@@ -65,7 +65,7 @@ void XReader::Transform(XPart& part, const platform::D3DMATRIX& matrix) const {
 }
 
 void XReader::AddPart(const std::shared_ptr<const XMesh>& mesh) {
-  if (m_model.size() == nPartLimit) m_tokens.Refuse("there are too many meshes");
+  if (m_model.size() == nPartLimit) m_tokens.Refuse("there are more than 16384 meshes");
   m_model.push_back({mesh, {}});
 }
 

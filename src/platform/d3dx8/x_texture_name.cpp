@@ -1,5 +1,6 @@
 #include "platform/d3dx8/x_texture_name.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -53,17 +54,32 @@ std::string FromCodePage1252(std::string_view bytes) {
   return s;
 }
 
+bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+
+/// A path as it is in a model, as one inside of a folder.
+std::string InsideFolder(std::string_view path) {
+  constexpr std::string_view separators = "/\\";
+  const bool bDrive = path.size() > 1 && IsLetter(path[0]) && path[1] == ':';
+  if (bDrive) path.remove_prefix(2);
+  bool bOutside = bDrive || (!path.empty() && separators.find(path[0]) != path.npos);
+  std::string sInside, sLast;
+  while (!path.empty()) {
+    const std::size_t nEnd = std::min(path.find_first_of(separators), path.size());
+    const std::string_view part = path.substr(0, nEnd);
+    path.remove_prefix(std::min(nEnd + 1, path.size()));
+    if (part == "..") bOutside = true;
+    if (part.empty() || part == "." || part == "..") continue;
+    sLast = part;
+    sInside += (sInside.empty() ? "" : "/") + sLast;
+  }
+  return bOutside ? sLast : sInside;
+}
+
 }  // namespace
 
 std::string TextureName(std::string_view stored) {
   stored = stored.substr(0, stored.find('\0'));
-  const std::string sName = IsUtf8(stored) ? std::string(stored) : FromCodePage1252(stored);
-  std::string sSingle;
-  for (std::size_t i = 0; i < sName.size(); ++i) {
-    sSingle += sName[i];
-    if (sName[i] == '\\' && i + 1 < sName.size() && sName[i + 1] == '\\') ++i;
-  }
-  return sSingle;
+  return InsideFolder(IsUtf8(stored) ? std::string(stored) : FromCodePage1252(stored));
 }
 
 }  // namespace quillorbit::d3dx8
