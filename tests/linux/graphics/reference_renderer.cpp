@@ -8,116 +8,44 @@
 #include <numbers>
 #include <stdexcept>
 
-#include <QString>
+#include <QMatrix4x4>
 
 namespace quillorbit::reference {
 namespace {
 
-/// Rows; points are row vectors and stand in front of it.
-using Matrix = std::array<std::array<double, 4>, 4>;
-
-constexpr double dModelScale = 4;
-constexpr double dAmbientLight = 0x20 / 255.0;
-
-double Dot(const Vector& a, const Vector& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
-Vector Cross(const Vector& a, const Vector& b) {
-  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-Vector Times(const Vector& a, double d) { return {a.x * d, a.y * d, a.z * d}; }
-Vector Times(const Vector& a, const Vector& b) { return {a.x * b.x, a.y * b.y, a.z * b.z}; }
-Vector Plus(const Vector& a, const Vector& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
-Vector Normalised(const Vector& a) { return Times(a, 1 / std::sqrt(Dot(a, a))); }
-Vector Clamped(const Vector& a) {
-  return {std::clamp(a.x, 0.0, 1.0), std::clamp(a.y, 0.0, 1.0), std::clamp(a.z, 0.0, 1.0)};
-}
-
-Matrix Product(const Matrix& a, const Matrix& b) {
-  Matrix product{};
-  for (std::size_t i = 0; i < 4; ++i)
-    for (std::size_t j = 0; j < 4; ++j)
-      for (std::size_t k = 0; k < 4; ++k) product[i][j] += a[i][k] * b[k][j];
-  return product;
-}
-
-/// A point (w = 1) or a direction (w = 0) by a matrix without projection.
-Vector Transformed(const Vector& v, double w, const Matrix& m) {
-  const auto column = [&](std::size_t j) {
-    return v.x * m[0][j] + v.y * m[1][j] + v.z * m[2][j] + w * m[3][j];
-  };
-  return {column(0), column(1), column(2)};
-}
-
-Matrix World(const Pose& pose) {
-  const double x = pose.ay * std::numbers::pi / 180, z = pose.ax * std::numbers::pi / 180;
-  const Matrix aboutX = {{{1, 0, 0, 0},
-                          {0, std::cos(x), std::sin(x), 0},
-                          {0, -std::sin(x), std::cos(x), 0},
-                          {0, 0, 0, 1}}};
-  const Matrix aboutZ = {{{std::cos(z), std::sin(z), 0, 0},
-                          {-std::sin(z), std::cos(z), 0, 0},
-                          {0, 0, 1, 0},
-                          {0, 0, 0, 1}}};
-  const Matrix scaling = {
-      {{dModelScale, 0, 0, 0}, {0, dModelScale, 0, 0}, {0, 0, dModelScale, 0}, {0, 0, 0, 1}}};
-  return Product(Product(aboutX, aboutZ), scaling);
-}
-
-/// Left-handed, to the origin.
-Matrix Camera(const Pose& pose) {
-  const Vector eye = {pose.az, pose.azr, 90};
-  const Vector z = Normalised(Times(eye, -1));
-  const Vector x = Normalised(Cross({0, 1, 0}, z));
-  const Vector y = Cross(z, x);
-  return {{{x.x, y.x, z.x, 0},
-           {x.y, y.y, z.y, 0},
-           {x.z, y.z, z.z, 0},
-           {-Dot(x, eye), -Dot(y, eye), -Dot(z, eye), 1}}};
-}
-
 /// A corner on the screen: pixels, with whole coordinates at their centres.
 struct Point {
   double x, y, w;
-  Vector colour;
-  double u, v;
+  QVector3D colour;
+  float u, v;
 };
 
-Point Projected(const Vector& atCamera, QSize size) {
-  const double dScale = 1 / std::tan(std::numbers::pi / 8);  // half of 45 degrees
-  const double w = atCamera.z;
-  return {(atCamera.x * dScale / w + 1) * size.width() / 2,
-          (1 - atCamera.y * dScale / w) * size.height() / 2,
-          w,
-          {},
-          0,
-          0};
-}
-
 /// All light that falls from two opposite sides, on a surface of white.
-Vector Light(const Vector& normal, const Matrix& camera, bool bSignal) {
-  const Vector colour = bSignal ? Vector{3, 3, 3} : Vector{5, 0, 0};
-  Vector sum;
-  for (const Vector& direction : {Vector{0, -1, -1}, Vector{0, 1, 1}}) {
-    const Vector towards = Times(Normalised(Transformed(direction, 0, camera)), -1);
-    sum = Plus(sum, Times(colour, std::max(0.0, Dot(normal, towards))));
+QVector3D Light(const QVector3D& normal, const QMatrix4x4& camera, bool bSignal) {
+  QVector3D sum;
+  for (const QVector3D direction : {QVector3D(0, -1, -1), QVector3D(0, 1, 1)}) {
+    const QVector3D towards = -camera.mapVector(direction).normalized();
+    sum += (bSignal ? QVector3D(3, 3, 3) : QVector3D(5, 0, 0)) *
+           std::max(0.0F, QVector3D::dotProduct(normal, towards));
   }
   return sum;
 }
 
-Vector Texel(const QImage& texture, int x, int y) {
-  const auto wrapped = [](int n, int nSize) { return (n % nSize + nSize) % nSize; };
-  const QRgb rgb = texture.pixel(wrapped(x, texture.width()), wrapped(y, texture.height()));
-  return {qRed(rgb) / 255.0, qGreen(rgb) / 255.0, qBlue(rgb) / 255.0};
-}
-
-Vector Sample(const QImage& texture, double u, double v) {
-  const double x = u * texture.width() - 0.5, y = v * texture.height() - 0.5;
-  const int iLeft = static_cast<int>(std::floor(x)), iTop = static_cast<int>(std::floor(y));
-  const double dRight = x - iLeft, dBottom = y - iTop;
-  const auto row = [&](int iRow) {
-    return Plus(Times(Texel(texture, iLeft, iRow), 1 - dRight),
-                Times(Texel(texture, iLeft + 1, iRow), dRight));
-  };
-  return Plus(Times(row(iTop), 1 - dBottom), Times(row(iTop + 1), dBottom));
+/// The four nearest texels; the texture repeats.
+QVector3D Sample(const QImage& texture, float u, float v) {
+  const float x = u * static_cast<float>(texture.width()) - 0.5F;
+  const float y = v * static_cast<float>(texture.height()) - 0.5F;
+  const float fLeft = std::floor(x), fTop = std::floor(y);
+  QVector3D sum;
+  for (const int i : {0, 1, 2, 3}) {
+    const auto wrapped = [](int n, int nSize) { return (n % nSize + nSize) % nSize; };
+    const QRgb c = texture.pixel(wrapped(static_cast<int>(fLeft) + i % 2, texture.width()),
+                                 wrapped(static_cast<int>(fTop) + i / 2, texture.height()));
+    sum += QVector3D(static_cast<float>(qRed(c)), static_cast<float>(qGreen(c)),
+                     static_cast<float>(qBlue(c))) *
+           (i % 2 == 0 ? 1 - (x - fLeft) : x - fLeft) * (i < 2 ? 1 - (y - fTop) : y - fTop);
+  }
+  return sum;
 }
 
 /// Twice the area of a triangle: positive when it is clockwise on the screen.
@@ -131,42 +59,35 @@ bool IsInside(const Point& a, const Point& b, double dArea) {
 }
 
 void FillTriangle(QImage& picture, const std::array<Point, 3>& p, const QImage& texture) {
-  const double dArea = Area(p[0], p[1], p[2].x, p[2].y);
-  if (dArea <= 0) return;  // counter-clockwise, or seen edge on
+  if (Area(p[0], p[1], p[2].x, p[2].y) <= 0) return;  // counter-clockwise, or seen edge on
   const auto [left, right] = std::minmax({p[0].x, p[1].x, p[2].x});
   const auto [top, bottom] = std::minmax({p[0].y, p[1].y, p[2].y});
-  const auto first = [](double d) { return std::max(0, static_cast<int>(std::ceil(d))); };
-  const auto last = [](double d, int n) { return std::min(n - 1, static_cast<int>(d)); };
-  for (int y = first(top); y <= last(bottom, picture.height()); ++y) {
-    for (int x = first(left); x <= last(right, picture.width()); ++x) {
-      std::array<double, 3> weights{};  // of a corner: how far the opposite edge is
-      double dSum = 0;
+  const int nLast = std::min(picture.height() - 1, static_cast<int>(bottom));
+  for (int y = std::max(0, static_cast<int>(std::ceil(top))); y <= nLast; ++y) {
+    for (int x = std::max(0, static_cast<int>(std::ceil(left)));
+         x <= std::min(picture.width() - 1, static_cast<int>(right)); ++x) {
+      QVector3D colour;
+      float u = 0, v = 0, fSum = 0;
       bool bInside = true;
-      for (std::size_t i = 0; i < 3; ++i) {
+      for (std::size_t i = 0; i < 3; ++i) {  // the weight of a corner: how far the opposite edge is
         const Point &a = p[(i + 1) % 3], &b = p[(i + 2) % 3];
-        const double d = Area(a, b, x, y);
-        bInside = bInside && IsInside(a, b, d);
-        weights[i] = d / p[i].w;
-        dSum += weights[i];
+        const double dArea = Area(a, b, x, y);
+        const auto fWeight = static_cast<float>(dArea / p[i].w);
+        bInside = bInside && IsInside(a, b, dArea);
+        colour += p[i].colour * fWeight;
+        u += p[i].u * fWeight;
+        v += p[i].v * fWeight;
+        fSum += fWeight;
       }
       if (!bInside) continue;
-      Vector colour;
-      double u = 0, v = 0;
-      for (std::size_t i = 0; i < 3; ++i) {
-        const double dPart = weights[i] / dSum;
-        colour = Plus(colour, Times(p[i].colour, dPart));
-        u += p[i].u * dPart;
-        v += p[i].v * dPart;
-      }
-      const Vector seen = Times(colour, Sample(texture, u, v));
-      const auto byte = [](double d) { return static_cast<int>(std::lround(255 * d)); };
-      picture.setPixel(x, y, qRgb(byte(seen.x), byte(seen.y), byte(seen.z)));
+      const QVector3D seen = colour / fSum * Sample(texture, u / fSum, v / fSum);
+      picture.setPixel(x, y, qRgb(qRound(seen.x()), qRound(seen.y()), qRound(seen.z())));
     }
   }
 }
 
-Vector ToVector(const aiVector3D& v) { return {v.x, v.y, v.z}; }
-Vector ToVector(const aiColor3D& c) { return {c.r, c.g, c.b}; }
+QVector3D ToVector(const aiVector3D& v) { return {v.x, v.y, v.z}; }
+QVector3D ToVector(const aiColor3D& c) { return {c.r, c.g, c.b}; }
 
 }  // namespace
 
@@ -176,20 +97,16 @@ Model::Model(const std::string& sFolder) {
   const aiScene* const pScene =
       importer.ReadFile(sFolder + "/testPlane.x", aiProcess_ConvertToLeftHanded);
   if (pScene == nullptr) throw std::runtime_error(importer.GetErrorString());
-
   m_subsets.resize(pScene->mNumMaterials);
   for (unsigned i = 0; i < pScene->mNumMaterials; ++i) {
     aiColor3D diffuse, emissive;
     aiString sTexture;
-    const aiMaterial& material = *pScene->mMaterials[i];
-    material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse);
-    material.Get(AI_MATKEY_COLOR_EMISSIVE, emissive);
-    material.GetTexture(aiTextureType_DIFFUSE, 0, &sTexture);
-    Subset& subset = m_subsets[i];
-    subset.diffuse = ToVector(diffuse);
-    subset.emissive = ToVector(emissive);
-    subset.texture = QImage(QString::fromStdString(sFolder + "/" + sTexture.C_Str()));
-    if (subset.texture.isNull()) throw std::runtime_error("a texture cannot be read");
+    pScene->mMaterials[i]->Get(AI_MATKEY_COLOR_DIFFUSE, diffuse);
+    pScene->mMaterials[i]->Get(AI_MATKEY_COLOR_EMISSIVE, emissive);
+    pScene->mMaterials[i]->GetTexture(aiTextureType_DIFFUSE, 0, &sTexture);
+    const QImage texture((sFolder + "/" + sTexture.C_Str()).c_str());
+    if (texture.isNull()) throw std::runtime_error("a texture cannot be read");
+    m_subsets[i] = {ToVector(diffuse), ToVector(emissive), texture, {}};
   }
   // The meshes are the subsets; their nodes move nothing.
   for (unsigned iMesh = 0; iMesh < pScene->mNumMeshes; ++iMesh) {
@@ -208,24 +125,36 @@ Model::Model(const std::string& sFolder) {
 }
 
 QImage Model::Picture(const Pose& pose, QSize size) const {
-  const Matrix camera = Camera(pose);
-  const Matrix worldView = Product(World(pose), camera);
+  constexpr float fModelScale = 4, fAmbientLight = 0x20 / 255.0F;
+  const auto fHalfView = static_cast<float>(std::tan(std::numbers::pi / 8));  // of 45 degrees
+  QMatrix4x4 camera, world;
+  camera.scale(-1, 1, -1);  // left-handed
+  camera.lookAt({pose.az, pose.azr, 90}, {0, 0, 0}, {0, 1, 0});
+  world.scale(fModelScale);
+  world.rotate(pose.ax, 0, 0, 1);
+  world.rotate(pose.ay, 1, 0, 0);
+  const QMatrix4x4 worldView = camera * world;
   QImage picture(size, QImage::Format_RGB32);
   picture.fill(Qt::black);
   for (const Subset& subset : m_subsets) {
-    const Vector unlit = Plus(subset.emissive, Times(subset.diffuse, dAmbientLight));
     for (const auto& triangle : subset.triangles) {
       std::array<Point, 3> points{};
       for (std::size_t i = 0; i < 3; ++i) {
-        const Corner& corner = triangle[i];
+        const auto& [position, normal, u, v] = triangle[i];
         // The inverse transpose of a rotation that scales by s is that matrix over s squared.
-        const Vector normal =
-            Times(Transformed(corner.normal, 0, worldView), 1 / (dModelScale * dModelScale));
-        points[i] = Projected(Transformed(corner.position, 1, worldView), size);
-        points[i].colour =
-            Clamped(Plus(unlit, Times(subset.diffuse, Light(normal, camera, pose.bSignal))));
-        points[i].u = corner.u;
-        points[i].v = corner.v;
+        const QVector3D turned = worldView.mapVector(normal) / (fModelScale * fModelScale);
+        const QVector3D light = Light(turned, camera, pose.bSignal);
+        QVector3D colour =
+            subset.emissive + subset.diffuse * (light + QVector3D(1, 1, 1) * fAmbientLight);
+        for (int k = 0; k < 3; ++k) colour[k] = std::clamp(colour[k], 0.0F, 1.0F);
+        const QVector3D place = worldView.map(position);
+        const float w = place.z(), fView = fHalfView * w;
+        points[i] = {(place.x() / fView + 1.0) * size.width() / 2,
+                     (1.0 - place.y() / fView) * size.height() / 2,
+                     w,
+                     colour,
+                     u,
+                     v};
       }
       FillTriangle(picture, points, subset.texture);
     }

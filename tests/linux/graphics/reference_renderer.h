@@ -5,22 +5,17 @@
 #include <vector>
 
 #include <QImage>
-#include <QSize>
+#include <QVector3D>
 
 namespace quillorbit::reference {
 
-struct Vector {
-  double x = 0, y = 0, z = 0;
-};
-
 /// What a picture shows: the model's angles in degrees, the camera's place, and the light.
 struct Pose {
-  double ax = 0, ay = 0, az = 0, azr = 0;
+  float ax = 0, ay = 0, az = 0, azr = 0;
   bool bSignal = true;
 };
 
-/// The phone's model, drawn in double precision from the formulas alone: slow, and without any
-/// code of the program's.
+/// The phone's model, drawn from the formulas alone: slow, and without any code of the program's.
 class Model {
  public:
   /// Reads the X file and its textures. Throws std::runtime_error when one cannot be read.
@@ -30,11 +25,11 @@ class Model {
 
  private:
   struct Corner {
-    Vector position, normal;
-    double u, v;
+    QVector3D position, normal;
+    float u, v;
   };
   struct Subset {
-    Vector diffuse, emissive;
+    QVector3D diffuse, emissive;
     QImage texture;
     std::vector<std::array<Corner, 3>> triangles;
   };
