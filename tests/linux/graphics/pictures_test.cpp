@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <numeric>
 #include <string>
 
 #include <QAbstractButton>
@@ -35,30 +36,25 @@ struct ModelProcess : fakes::FakeProcess {
   char PathSeparator() const override { return '/'; }
 };
 
-struct Tolerance {
-  double dMean;  ///< of the difference of a channel, in its 255 steps
-  double dFar;   ///< the share of pixels that may differ by more than 16 steps
-};
-
 // The driver rounds vertices and a texture's weights to 1/256: a few pixels on an edge fall to the
 // other side, and those inside are a step away. That makes 0.025 on average, and 3 far pixels.
-constexpr Tolerance tolerance = {0.06, 0.0001};
+constexpr double dMostMean = 0.06;   // difference of a channel, in its 255 steps
+constexpr double dMostFar = 0.0001;  // share of pixels that differ by more than 16 steps
 
 /// Compares, and keeps both pictures beside the test when they do not match.
 testing::AssertionResult Match(const QImage& picture, const QImage& reference) {
+  if (picture.size() != reference.size()) return testing::AssertionFailure() << "another size";
   double dSum = 0, dFar = 0;
   const double dPixels = 1.0 * picture.width() * picture.height();
-  for (int i = 0; picture.size() == reference.size() && i < picture.width() * picture.height();
-       ++i) {
+  for (int i = 0; i < picture.width() * picture.height(); ++i) {
     const QRgb a = picture.pixel(i % picture.width(), i / picture.width());
     const QRgb b = reference.pixel(i % picture.width(), i / picture.width());
-    const int nRed = std::abs(qRed(a) - qRed(b)), nGreen = std::abs(qGreen(a) - qGreen(b)),
-              nBlue = std::abs(qBlue(a) - qBlue(b));
-    dSum += nRed + nGreen + nBlue;
-    if (std::max({nRed, nGreen, nBlue}) > 16) ++dFar;
+    const auto differences = {std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)),
+                              std::abs(qBlue(a) - qBlue(b))};
+    dSum = std::accumulate(differences.begin(), differences.end(), dSum);
+    if (std::max(differences) > 16) ++dFar;
   }
-  if (picture.size() == reference.size() && dSum < 3 * dPixels * tolerance.dMean &&
-      dFar < dPixels * tolerance.dFar)
+  if (dSum < 3 * dPixels * dMostMean && dFar < dPixels * dMostFar)
     return testing::AssertionSuccess();
   const QString sPath = QCoreApplication::applicationDirPath() + "/view_test-";
   picture.save(sPath + "picture.png");
