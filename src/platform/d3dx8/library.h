@@ -8,7 +8,7 @@
 
 namespace quillorbit::d3dx8 {
 
-/// Is told why a model or an image cannot be had, in words for the user.
+/// Receives the reason why a model or an image cannot be loaded, in words for the user.
 using Report = std::function<void(const char* sWhy)>;
 
 /// The automation library with D3DX over any device; the Direct3D below it is the adapter's.

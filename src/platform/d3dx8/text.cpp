@@ -147,7 +147,7 @@ struct StageState {
   std::uint32_t lValue;
 };
 
-/// Runs a step with these states and no matter what puts back those that were there.
+/// Runs a step with these states, and restores the previous ones whatever happens.
 template <class Step>
 void WithTextStates(IDirect3DDevice8& device, Step step) {
   constexpr std::array renderStates = {

@@ -60,7 +60,7 @@ XFaces XMeshReader::ReadFaces(std::size_t nTargets) {
     for (std::uint32_t i = 0; i < nCorners; ++i) {
       faces.corners.push_back(m_tokens.TakeInteger());
       if (faces.corners.back() >= nTargets)
-        m_tokens.Refuse("a face has a corner that there is not");
+        m_tokens.Refuse("a face has a corner that does not exist");
     }
     nEnd = static_cast<std::uint32_t>(faces.corners.size());
   }
@@ -105,7 +105,7 @@ void XMeshReader::ReadMaterialList(XMesh& mesh) {
   const std::uint32_t iLargest =
       indexes.empty() ? 0 : *std::max_element(indexes.begin(), indexes.end());
   if (iLargest > 0 && iLargest >= mesh.materials.size())
-    m_tokens.Refuse("a face has a material that there is not");
+    m_tokens.Refuse("a face has a material that does not exist");
   // The last index counts for all faces that have none.
   indexes.resize(mesh.faces.ends.size(), indexes.empty() ? 0 : indexes.back());
   mesh.faceMaterials = std::move(indexes);
@@ -113,7 +113,7 @@ void XMeshReader::ReadMaterialList(XMesh& mesh) {
 
 XMeshReader::MaterialPointer XMeshReader::FindMaterial(const XObject& reference) const {
   MaterialPointer material = m_materials.Find(reference);
-  if (!material) m_tokens.Refuse("a reference is to no material that stands before it");
+  if (!material) m_tokens.Refuse("a reference is to no material before it");
   return material;
 }
 

@@ -17,7 +17,7 @@ class XMeshReader {
  public:
   XMeshReader(XTokens& tokens, XObjects& objects) : m_tokens(tokens), m_objects(objects) {}
 
-  /// Reads a Material or TextureFilename that stands by itself, and passes over everything else.
+  /// Reads a Material or TextureFilename outside of a mesh, and ignores everything else.
   void ReadShared(const XObject& object);
   std::shared_ptr<const XMesh> ReadMesh(const XObject& object);
   /// Null when the reference is not to a mesh.

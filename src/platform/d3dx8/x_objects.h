@@ -11,7 +11,7 @@ namespace quillorbit::d3dx8 {
 /// }".
 struct XObject {
   bool bReference = false;
-  std::string sType;  ///< in small letters: exporters differ
+  std::string sType;  ///< in lower case: exporters differ
   std::string sName;  ///< may be empty, as the GUID
   std::string sGuid;
 };
@@ -26,7 +26,7 @@ class XObjects {
   bool NextAtTop(XObject& object);
   /// False at the end of the surrounding object.
   bool NextInside(XObject& object);
-  /// Passes over what is left of an object.
+  /// Skips what is left of an object.
   void SkipRest();
 
  private:

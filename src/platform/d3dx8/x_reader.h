@@ -9,8 +9,7 @@
 #include "platform/d3dx8/x_tokens.h"
 
 // Reads the meshes of an X file, after the format's documentation and its standard templates. It
-// knows these by heart: templates in the file are passed over, as all objects of other types are,
-// animations among them.
+// ignores templates in the file, and all objects of other types, such as animations.
 
 namespace quillorbit::d3dx8 {
 

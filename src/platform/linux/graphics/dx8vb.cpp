@@ -9,7 +9,7 @@
 namespace quillorbit::linux_adapter {
 namespace {
 
-/// Says what it is told, and the same thing once: a view that cannot be made is tried again.
+/// Prints each reason, but not the same one twice in a row: every frame may try again.
 d3dx8::Report StandardError() {
   return [last = std::make_shared<std::string>()](const char* sWhy) {
     if (std::exchange(*last, sWhy) != sWhy) std::fprintf(stderr, "quillorbit: %s\n", sWhy);

@@ -7,7 +7,7 @@
 
 namespace quillorbit::linux_adapter {
 
-/// The library on OpenGL. Why there is no 3D view it says on the standard error.
+/// The library on OpenGL. It reports on the standard error why there is no 3D view.
 class LinuxDX8VB final : public d3dx8::Library {
  public:
   LinuxDX8VB(platform::Fonts& fonts, std::shared_ptr<GlContexts> contexts);

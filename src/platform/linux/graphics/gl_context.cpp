@@ -55,7 +55,7 @@ GlContext::~GlContext() { Destroy(); }
 
 void GlContext::Create() {
   m_display = OpenDisplay();
-  if (!eglBindAPI(EGL_OPENGL_API)) Refuse("the driver knows only its relatives");
+  if (!eglBindAPI(EGL_OPENGL_API)) Refuse("the driver has OpenGL ES only");
   const char* const sExtensions = eglQueryString(m_display, EGL_EXTENSIONS);
   const bool bSurfaceless = Has(sExtensions, "EGL_KHR_surfaceless_context");
 
@@ -66,7 +66,7 @@ void GlContext::Create() {
   if (!eglChooseConfig(m_display, wanted.data(), &config, 1, &nConfigs) || nConfigs == 0)
     Refuse("the driver has no fitting configuration");
 
-  // A lost context is told where the driver can tell.
+  // Ask to be told of a lost context, where the driver can.
   const std::array<EGLint, 3> robust = {EGL_CONTEXT_OPENGL_RESET_NOTIFICATION_STRATEGY_KHR,
                                         EGL_LOSE_CONTEXT_ON_RESET_KHR, EGL_NONE};
   if (Has(sExtensions, "EGL_KHR_create_context"))

@@ -26,7 +26,7 @@ struct GlFunctions {
 #define QUILLORBIT_GL_MEMBER(name) decltype(&gl##name) name = nullptr;
   QUILLORBIT_GL_FUNCTIONS(QUILLORBIT_GL_MEMBER)
 #undef QUILLORBIT_GL_MEMBER
-  /// Null where the driver does not tell.
+  /// Null where the driver does not report resets.
   PFNGLGETGRAPHICSRESETSTATUSPROC GetGraphicsResetStatus = nullptr;
 };
 
