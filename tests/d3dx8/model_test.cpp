@@ -156,6 +156,13 @@ TEST(Model, IsWhatExportersMean) {
            sTriangle + "MeshNormals { 1; 1;1;1;; 0; } MeshTextureCoords { 4; 0;0;0;0;0;0;7;7; } }"})
     EXPECT_EQ(Model(sHead + sBody).vertices,
               (Floats{0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0}));
+  // Corners with equal normals share a vertex.
+  EXPECT_EQ(
+      Model(sHead +
+            "Mesh { 3; 0;0;0;1;0;0;0;1;0; 2; 3;0,1,2; 3;0,1,2; MeshNormals { 2; 0;0;1; 0;0;1; "
+            "2; 3;0,0,0; 3;1,1,1; } }")
+          .vertices.size(),
+      8U * 3);
   // References by name and GUID; of several objects of a name the last one counts.
   const auto named = [](const std::string& sName, const std::string& sTexture) {
     return "Material " + sName + sMaterial.substr(10) + "TextureFileName {\"" + sTexture + "\"} }";
