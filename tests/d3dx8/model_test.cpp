@@ -173,10 +173,10 @@ TEST(Model, IsWhatExportersMean) {
       ElementsAre("b", "b", "a", "c", "c"));
   // Faces without an index have the last one; a mesh without materials is white beside others.
   Model model(sHead + "Mesh { 3; 0;0;0;1;0;0;0;1;0; 3; 3;0,1,2; 3;1,2,0; 3;2,0,1; " +
-              "MeshMaterialList { 2; 2; 1, 0; " + sMaterial + "}" + sMaterial + "} } }" +
+              "MeshMaterialList { 2; 2; 0, 1; " + sMaterial + "}" + sMaterial + "} } }" +
               sTriangle + "}");
-  EXPECT_EQ(model.Draw(0), DrawCalls("0, 3, 0, 2"));
-  EXPECT_THAT(model.indexes, ElementsAre(1, 2, 0, 2, 0, 1, 0, 1, 2, 3, 4, 5));
+  EXPECT_EQ(model.Draw(1), DrawCalls("0, 3, 3, 2"));
+  EXPECT_THAT(model.indexes, ElementsAre(0, 1, 2, 1, 2, 0, 2, 0, 1, 3, 4, 5));
   EXPECT_EQ(d3dx8::BufferGetMaterial(*model.materials, 2).Diffuse.g, 1);
 }
 
