@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <string>
 
 #include "app/frmMain.h"
 #include "platform/linux/desktop/top_level_windows.h"
@@ -13,6 +14,7 @@
 #include "platform/linux/process/resources.h"
 #include "platform/linux/profile/xml_document.h"
 #include "platform/linux/tray/shell.h"
+#include "platform/linux/tray/toolkit_bus.h"
 #include "platform/linux/window/fonts.h"
 #include "platform/linux/window/toolkit.h"
 
@@ -21,11 +23,12 @@ int main(int argc, char** argv) {
   try {
     linux_adapter::LinuxProcess process(argc, argv);  // before the toolkit takes its arguments out
     linux_adapter::LinuxResources resources;
+    const std::string sBusAddress = linux_adapter::KeepSessionBusFromToolkit();
     linux_adapter::LinuxToolkit toolkit(argc, argv, resources);
     // The driver loads beside the steps that follow. Earlier, the toolkit's libraries would have to
     // wait for the driver's.
     const auto contexts = std::make_shared<linux_adapter::GlContexts>();
-    linux_adapter::LinuxShell shell(toolkit, resources);
+    linux_adapter::LinuxShell shell(toolkit, resources, sBusAddress);
     linux_adapter::LinuxTopLevelWindows windows(
         [&toolkit](auto... icon) { toolkit.SetIcon(icon...); });
     linux_adapter::LinuxUdpSockets udpSockets;

@@ -2,12 +2,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
+#include <string>
 
-#include <QDBusServiceWatcher>
 #include <QObject>
 #include <QString>
-#include <QStringList>
-#include <QVariantList>
 
 #include "platform/linux/tray/session_bus.h"
 
@@ -20,36 +19,31 @@ struct Balloon {
   std::uint32_t lTimeout;  ///< milliseconds; 0 leaves it to the desktop
 };
 
-/// One balloon at a time as a desktop notification (org.freedesktop.Notifications, version 1.2). It
-/// waits for no answer: a service that never gives one costs its balloons only.
+/// One balloon at a time as a desktop notification (org.freedesktop.Notifications, version 1.2).
 class Notifications final : public QObject {
-  Q_OBJECT
-
  public:
   struct Events {
     std::function<void()> Shown, Hidden, TimedOut, Clicked;
-    std::function<void(const Balloon&)> NoService;  ///< nobody shows notifications here
+    std::function<void(const Balloon&)> NoService;  ///< nobody shows this notification
   };
 
   Notifications(SessionBus& bus, Events events);
 
-  /// Shows a balloon in the place of the last one.
-  void Show(const Balloon& balloon);
+  /// Shows a balloon in the place of the last one. Where there is something to show it instead, a
+  /// service that has not answered within a second counts as none.
+  void Show(const Balloon& balloon, bool bAlternative);
   void Close();
-
- private slots:
-  void ActionInvoked(uint id, const QString& sAction);
-  void NotificationClosed(uint id, uint reason);
 
  private:
   void Subscribe();
-  void Call(const QString& sMethod, const QVariantList& arguments,
-            std::function<void(const QVariantList&)> onReply, const Balloon& balloon);
-  void Notify(const Balloon& balloon, const QStringList& capabilities);
+  void Notify(const Balloon& balloon, const std::set<std::string>& capabilities);
+  /// Whether a signal is about the notification that is shown; its first argument has been read.
+  bool IsOwn(sd_bus_message* pSignal) const;
+  void ActionInvoked(sd_bus_message* pSignal);
+  void NotificationClosed(sd_bus_message* pSignal);
 
   SessionBus& m_bus;
   Events m_events;
-  QDBusServiceWatcher m_service;
   std::uint32_t m_id = 0;  ///< of the notification that is shown; 0 is none
 };
 

@@ -4,8 +4,7 @@
 #include <cstddef>
 #include <span>
 #include <type_traits>
-
-#include <QPixmap>
+#include <utility>
 
 #include "platform/linux/window/form.h"
 
@@ -34,8 +33,9 @@ QString Tip(const platform::NotifyIconData<Char>& data) {
 
 }  // namespace
 
-LinuxShell::LinuxShell(LinuxToolkit& toolkit, const LinuxResources& resources)
-    : m_toolkit(toolkit), m_resources(resources) {}
+LinuxShell::LinuxShell(LinuxToolkit& toolkit, const LinuxResources& resources,
+                       std::string sBusAddress)
+    : m_toolkit(toolkit), m_resources(resources), m_sBusAddress(std::move(sBusAddress)) {}
 
 bool LinuxShell::Shell_NotifyIconA(std::uint32_t lMessage, const platform::NOTIFYICONDATAA& data) {
   return NotifyIcon(lMessage, data);
@@ -71,7 +71,7 @@ bool LinuxShell::Add(const platform::NotifyIconData<Char>& data) {
   const bool bTells =
       (data.uFlags & platform::NIF_MESSAGE) != 0 && data.uCallbackMessage == platform::WM_MOUSEMOVE;
   auto icon = std::make_unique<TrayIcon>(
-      m_bus, m_area, pForm->MenuWidget(), [this, hWnd = data.hWnd, bTells](std::uint32_t lCode) {
+      m_sBusAddress, pForm->MenuWidget(), [this, hWnd = data.hWnd, bTells](std::uint32_t lCode) {
         LinuxForm* const pReceiver = bTells ? m_toolkit.FormOf(hWnd) : nullptr;
         if (pReceiver != nullptr && pReceiver->MouseMove)
           pReceiver->MouseMove(static_cast<std::int32_t>(lCode));
@@ -84,8 +84,7 @@ bool LinuxShell::Add(const platform::NotifyIconData<Char>& data) {
 template <class Char>
 void LinuxShell::Modify(TrayIcon& icon, const platform::NotifyIconData<Char>& data) const {
   if ((data.uFlags & platform::NIF_TIP) != 0) icon.SetTip(Tip(data));
-  if ((data.uFlags & platform::NIF_ICON) != 0)
-    icon.SetIcon(QIcon(QPixmap::fromImage(m_resources.Image(data.hIcon))));
+  if ((data.uFlags & platform::NIF_ICON) != 0) icon.SetImage(m_resources.Image(data.hIcon));
   if ((data.uFlags & platform::NIF_INFO) != 0 && data.cbSize == sizeof data)
     icon.ShowBalloon({.sTitle = Text(std::span<const Char>(data.szInfoTitle)),
                       .sText = Text(std::span<const Char>(data.szInfo)),

@@ -2,12 +2,11 @@
 
 #include <map>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/linux/process/resources.h"
-#include "platform/linux/tray/session_bus.h"
-#include "platform/linux/tray/tray_area.h"
 #include "platform/linux/tray/tray_icon.h"
 #include "platform/linux/window/toolkit.h"
 #include "platform/shell.h"
@@ -18,7 +17,8 @@ namespace quillorbit::linux_adapter {
 /// that of the record's window, for hosts that show menus themselves.
 class LinuxShell final : public platform::Shell {
  public:
-  LinuxShell(LinuxToolkit& toolkit, const LinuxResources& resources);
+  /// The session bus has an address as in DBUS_SESSION_BUS_ADDRESS; it is empty when there is none.
+  LinuxShell(LinuxToolkit& toolkit, const LinuxResources& resources, std::string sBusAddress);
 
   /// The system's ANSI code page here is UTF-8.
   bool Shell_NotifyIconA(std::uint32_t lMessage, const platform::NOTIFYICONDATAA& data) override;
@@ -34,8 +34,7 @@ class LinuxShell final : public platform::Shell {
 
   LinuxToolkit& m_toolkit;
   const LinuxResources& m_resources;
-  SessionBus m_bus;
-  TrayArea m_area{m_bus};
+  std::string m_sBusAddress;
   std::map<std::pair<platform::WindowHandle, std::uint32_t>, std::unique_ptr<TrayIcon>> m_icons;
   std::vector<std::unique_ptr<TrayIcon>> m_removed;  ///< one may be telling what removed it
 };

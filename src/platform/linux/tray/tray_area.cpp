@@ -1,88 +1,82 @@
 #include "platform/linux/tray/tray_area.h"
 
+#include <chrono>
 #include <cstdlib>
-#include <limits>
 #include <string>
 #include <utility>
 
 #include <QCoreApplication>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
-#include <QDBusVariant>
 #include <xcb/xcb.h>
 
 #include "platform/linux/desktop/x11.h"
+#include "platform/linux/tray/status_item.h"
 
 namespace quillorbit::linux_adapter {
-namespace {
 
-constexpr const char* sWatcher = "org.kde.StatusNotifierWatcher";
-constexpr const char* sWatcherPath = "/StatusNotifierWatcher";
-
-}  // namespace
+using namespace std::chrono_literals;
 
 TrayArea::TrayArea(SessionBus& bus) : m_bus(bus) {
-  if (xcb_connection_t* const pX = x11::ToolkitConnection()) {
-    int nDisplay = 0, nScreen = 0;
-    char* sHost = nullptr;
-    if (xcb_parse_display(nullptr, &sHost, &nDisplay, &nScreen) != 0) std::free(sHost);
-    m_manager = x11::InternAtom(pX, "MANAGER");
-    m_selection = x11::InternAtom(pX, "_NET_SYSTEM_TRAY_S" + std::to_string(nScreen));
-    const x11::Reply<xcb_get_selection_owner_reply_t> owner(
-        xcb_get_selection_owner_reply(pX, xcb_get_selection_owner(pX, m_selection), nullptr));
-    m_bTray = owner && owner->owner != XCB_WINDOW_NONE;
-    QCoreApplication::instance()->installNativeEventFilter(this);
-  }
-
-  m_watchers.addWatchedService(sWatcher);
-  m_watchers.setWatchMode(QDBusServiceWatcher::WatchForRegistration);
-  QObject::connect(&m_watchers, &QDBusServiceWatcher::serviceRegistered, this,
-                   &TrayArea::AskForHost);
+  FindTray();
+  m_limit.setSingleShot(true);
+  QObject::connect(&m_limit, &QTimer::timeout, this, &TrayArea::Decide);
+  if (!bus.IsAbsent()) m_limit.start(1s);
   QObject::connect(&bus, &SessionBus::Connected, this, &TrayArea::Watch);
   QObject::connect(&bus, &SessionBus::Lost, this, [this] { TakeAnswer(false); });
-  if (bus.IsConnected()) Watch();
   Decide();
 }
 
 TrayArea::~TrayArea() { QCoreApplication::instance()->removeNativeEventFilter(this); }
 
+void TrayArea::FindTray() {
+  xcb_connection_t* const pX = x11::ToolkitConnection();
+  if (pX == nullptr) return;
+  int nDisplay = 0, nScreen = 0;
+  char* sHost = nullptr;
+  if (xcb_parse_display(nullptr, &sHost, &nDisplay, &nScreen) != 0) std::free(sHost);
+  m_manager = x11::InternAtom(pX, "MANAGER");
+  m_selection = x11::InternAtom(pX, "_NET_SYSTEM_TRAY_S" + std::to_string(nScreen));
+  const x11::Reply<xcb_get_selection_owner_reply_t> owner(
+      xcb_get_selection_owner_reply(pX, xcb_get_selection_owner(pX, m_selection), nullptr));
+  m_bTray = owner && owner->owner != XCB_WINDOW_NONE;
+  QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
 void TrayArea::Watch() {
-  QDBusConnection connection = m_bus.Connection();
-  m_watchers.setConnection(connection);
-  connection.connect({}, sWatcherPath, sWatcher, "StatusNotifierHostRegistered", this,
-                     SLOT(AskForHost()));
+  const auto onSignal = [this](const std::string& sMatch, bool bRestarted) {
+    m_bus.Subscribe("type='signal'," + sMatch, [this, bRestarted](sd_bus_message*) {
+      if (bRestarted) TakeAnswer(false);
+      AskForHost();
+    });
+  };
+  const std::string sWatcher = sWatcherService;
+  onSignal("sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" + sWatcher + "'", true);
+  for (const char* sMember : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
+    onSignal("sender='" + sWatcher + "',member='" + sMember + "'", false);
   AskForHost();
 }
 
-/// The toolkit puts the same question at its first icon and waits for the answer, so it has to come
-/// here first, however long it takes.
 void TrayArea::AskForHost() {
-  m_bAsking = true;
-  QDBusMessage question = QDBusMessage::createMethodCall(sWatcher, sWatcherPath,
-                                                         "org.freedesktop.DBus.Properties", "Get");
-  question.setArguments({sWatcher, "IsStatusNotifierHostRegistered"});
-  question.setAutoStartService(false);
-  constexpr int noTimeout = std::numeric_limits<int>::max();
-  auto* const pAnswer =
-      new QDBusPendingCallWatcher(m_bus.Connection().asyncCall(question, noTimeout), this);
-  QObject::connect(pAnswer, &QDBusPendingCallWatcher::finished, this, [this, pAnswer] {
-    pAnswer->deleteLater();
-    const QDBusPendingReply<QDBusVariant> reply = *pAnswer;
-    TakeAnswer(!reply.isError() && reply.value().variant().toBool());
-  });
+  BusMessage question =
+      m_bus.NewCall(sWatcherService, sWatcherPath, "org.freedesktop.DBus.Properties", "Get");
+  sd_bus_message_append(question.get(), "ss", sWatcherService, "IsStatusNotifierHostRegistered");
+  sd_bus_message_set_auto_start(question.get(), 0);
+  const auto takeReply = [this](sd_bus_message* pReply) {
+    int bHost = 0;
+    TakeAnswer(pReply != nullptr && sd_bus_message_is_method_error(pReply, nullptr) == 0 &&
+               sd_bus_message_read(pReply, "v", "b", &bHost) >= 0 && bHost != 0);
+  };
+  m_bus.Call(std::move(question), takeReply, SessionBus::usNoLimit);
 }
 
 void TrayArea::TakeAnswer(bool bHost) {
+  m_limit.stop();
   m_bHost = bHost;
-  m_bAsking = false;
   Decide();
 }
 
 void TrayArea::Decide() {
-  if (m_eSettled == Kind::None && m_bHost) m_eSettled = Kind::StatusNotifier;
-  if (m_eSettled == Kind::None && m_bTray && !m_bAsking) m_eSettled = Kind::XEmbed;
-  const Kind eKind = m_eSettled == Kind::StatusNotifier && !m_bHost ? Kind::None : m_eSettled;
+  const bool bEmbed = m_bTray && !m_limit.isActive();
+  const Kind eKind = m_bHost ? Kind::StatusNotifier : bEmbed ? Kind::XEmbed : Kind::None;
   if (eKind == std::exchange(m_eKind, eKind)) return;
   emit Changed();
 }

@@ -2,49 +2,32 @@
 
 #include <utility>
 
-#include <QCursor>
-
 #include "platform/shell.h"
 
 namespace quillorbit::linux_adapter {
-namespace {
 
-using namespace platform;  // the notification codes
-
-constexpr int nBalloonTime = 10'000;  // milliseconds, where the desktop leaves it to the program
-
-QSystemTrayIcon::MessageIcon MessageIcon(std::uint32_t lIcon) {
-  switch (lIcon) {
-    case NIIF_INFO:
-      return QSystemTrayIcon::Information;
-    case NIIF_WARNING:
-      return QSystemTrayIcon::Warning;
-    case NIIF_ERROR:
-      return QSystemTrayIcon::Critical;
-    default:
-      return QSystemTrayIcon::NoIcon;
-  }
-}
-
-}  // namespace
-
-TrayIcon::TrayIcon(SessionBus& bus, TrayArea& area, QMenu* pMenu, Tell tell)
-    : m_area(area),
+TrayIcon::TrayIcon(const std::string& sBusAddress, QMenu* pMenu, Tell tell)
+    : m_bus(sBusAddress),
+      m_area(m_bus),
       m_menu(pMenu),
       m_tell(std::move(tell)),
-      m_notifications(bus, {.Shown = [this] { TellCode(NIN_BALLOONSHOW); },
-                            .Hidden = [this] { TellCode(NIN_BALLOONHIDE); },
-                            .TimedOut = [this] { TellCode(NIN_BALLOONTIMEOUT); },
-                            .Clicked = [this] { TellCode(NIN_BALLOONUSERCLICK); },
-                            .NoService = [this](const Balloon& b) { ShowBesideIcon(b); }}) {
-  QObject::connect(&area, &TrayArea::Changed, this, [this] {
-    m_icon.reset();
+      m_notifications(m_bus, {.Shown = [this] { TellCode(platform::NIN_BALLOONSHOW); },
+                              .Hidden = [this] { TellCode(platform::NIN_BALLOONHIDE); },
+                              .TimedOut = [this] { TellCode(platform::NIN_BALLOONTIMEOUT); },
+                              .Clicked = [this] { TellCode(platform::NIN_BALLOONUSERCLICK); },
+                              .NoService =
+                                  [this](const Balloon& balloon) {
+                                    if (m_embedded) m_embedded->ShowBalloon(balloon);
+                                  }}) {
+  QObject::connect(&m_area, &TrayArea::Changed, this, [this] {
+    m_item.reset();
+    m_embedded.reset();
     RequestUpdate();
   });
 }
 
-void TrayIcon::SetIcon(const QIcon& icon) {
-  m_image = icon;
+void TrayIcon::SetImage(const QImage& image) {
+  m_image = image;
   RequestUpdate();
 }
 
@@ -61,7 +44,9 @@ void TrayIcon::ShowBalloon(const Balloon& balloon) {
 void TrayIcon::Remove() {
   m_bRemoved = true;
   m_notifications.Close();
-  m_icon.reset();
+  m_item.reset();
+  m_embedded.reset();
+  m_bus.Close();
 }
 
 void TrayIcon::RequestUpdate() {
@@ -72,64 +57,31 @@ void TrayIcon::RequestUpdate() {
 void TrayIcon::Update() {
   m_bUpdateRequested = false;
   if (m_bRemoved) return;
-  if (!m_icon && m_area.PresentKind() != TrayArea::Kind::None) {
-    Appear();
-  } else if (m_icon) {
-    m_icon->setIcon(m_image);
-    m_icon->setToolTip(m_sTip);
+  const auto tell = [this](std::uint32_t lCode) { TellCode(lCode); };
+  const TrayArea::Kind eKind = m_area.PresentKind();
+  if (eKind == TrayArea::Kind::StatusNotifier && !m_item)
+    m_item = std::make_unique<StatusItem>(m_bus, m_menu, tell);
+  if (eKind == TrayArea::Kind::XEmbed && !m_embedded)
+    m_embedded = std::make_unique<EmbeddedIcon>(m_image, m_sTip, tell);
+  if (m_item) {
+    m_item->SetImage(m_image);
+    m_item->SetTip(m_sTip);
   }
-  if (m_balloon) m_notifications.Show(*std::exchange(m_balloon, std::nullopt));
+  if (m_embedded) {
+    m_embedded->SetImage(m_image);
+    m_embedded->SetTip(m_sTip);
+  }
+  if (m_balloon)
+    m_notifications.Show(*std::exchange(m_balloon, std::nullopt), m_embedded != nullptr);
 }
 
-void TrayIcon::Appear() {
-  m_icon = std::make_unique<QSystemTrayIcon>(m_image);
-  m_icon->setToolTip(m_sTip);
-  // An embedded icon would show the menu itself, before it has told of the click.
-  if (m_area.PresentKind() == TrayArea::Kind::StatusNotifier) m_icon->setContextMenu(m_menu);
-  QObject::connect(m_icon.get(), &QSystemTrayIcon::activated, this, &TrayIcon::Activated);
-  QObject::connect(m_icon.get(), &QSystemTrayIcon::messageClicked, this, &TrayIcon::MessageClicked);
-  m_icon->show();
-}
-
-/// From the event loop: the owner may open a menu and wait, and meanwhile the toolkit destroys the
-/// balloon whose click it is still telling of.
+/// From the event loop: the owner may open a menu and wait, and meanwhile what reported the code
+/// may be gone.
 void TrayIcon::TellCode(std::uint32_t lCode) {
   const auto tell = [this, lCode] {
     if (!m_bRemoved) m_tell(lCode);
   };
   QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
-}
-
-/// The toolkit tells of a whole click at once, here of its press.
-void TrayIcon::Activated(QSystemTrayIcon::ActivationReason eReason) {
-  const auto tellClick = [this](std::uint32_t lPress, std::uint32_t lRelease) {
-    TellCode(lPress);
-    TellCode(lRelease);
-  };
-  switch (eReason) {
-    case QSystemTrayIcon::Trigger:
-      return tellClick(WM_LBUTTONDOWN, WM_LBUTTONUP);
-    case QSystemTrayIcon::DoubleClick:
-      return tellClick(WM_LBUTTONDBLCLK, WM_LBUTTONUP);
-    case QSystemTrayIcon::Context:
-      return tellClick(WM_RBUTTONDOWN, WM_RBUTTONUP);
-    case QSystemTrayIcon::MiddleClick:
-      return tellClick(WM_MBUTTONDOWN, WM_MBUTTONUP);
-    case QSystemTrayIcon::Unknown:
-      return;
-  }
-}
-
-/// A press on the icon also comes here while a balloon stands beside it.
-void TrayIcon::MessageClicked() {
-  if (!m_icon->geometry().contains(QCursor::pos())) TellCode(NIN_BALLOONUSERCLICK);
-}
-
-void TrayIcon::ShowBesideIcon(const Balloon& balloon) {
-  if (!m_icon || m_area.PresentKind() != TrayArea::Kind::XEmbed) return;
-  m_icon->showMessage(balloon.sTitle, balloon.sText, MessageIcon(balloon.lIcon),
-                      balloon.lTimeout == 0 ? nBalloonTime : static_cast<int>(balloon.lTimeout));
-  TellCode(NIN_BALLOONSHOW);
 }
 
 }  // namespace quillorbit::linux_adapter

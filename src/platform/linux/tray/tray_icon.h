@@ -4,15 +4,17 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
-#include <QIcon>
+#include <QImage>
 #include <QMenu>
 #include <QPointer>
 #include <QString>
-#include <QSystemTrayIcon>
 
+#include "platform/linux/tray/embedded_icon.h"
 #include "platform/linux/tray/notifications.h"
 #include "platform/linux/tray/session_bus.h"
+#include "platform/linux/tray/status_item.h"
 #include "platform/linux/tray/tray_area.h"
 
 namespace quillorbit::linux_adapter {
@@ -26,9 +28,9 @@ class TrayIcon final : public QObject {
   using Tell = std::function<void(std::uint32_t lCode)>;
 
   /// A host that shows menus itself is given the menu.
-  TrayIcon(SessionBus& bus, TrayArea& area, QMenu* pMenu, Tell tell);
+  TrayIcon(const std::string& sBusAddress, QMenu* pMenu, Tell tell);
 
-  void SetIcon(const QIcon& icon);
+  void SetImage(const QImage& image);
   void SetTip(const QString& sTip);
   void ShowBalloon(const Balloon& balloon);
   /// Takes it away for good: nothing more is told. The object has to stay while it tells something.
@@ -37,22 +39,21 @@ class TrayIcon final : public QObject {
  private:
   void RequestUpdate();
   void Update();
-  void Appear();
   void TellCode(std::uint32_t lCode);
-  void Activated(QSystemTrayIcon::ActivationReason eReason);
-  void MessageClicked();
-  void ShowBesideIcon(const Balloon& balloon);
 
-  TrayArea& m_area;
+  SessionBus m_bus;  ///< its own: a host keeps the icon until the connection ends
+  TrayArea m_area;
   QPointer<QMenu> m_menu;
   Tell m_tell;
   Notifications m_notifications;
-  QIcon m_image;
+  QImage m_image;
   QString m_sTip;
   std::optional<Balloon> m_balloon;  ///< to be shown
   bool m_bUpdateRequested = false;
   bool m_bRemoved = false;
-  std::unique_ptr<QSystemTrayIcon> m_icon;  ///< none while there is no area
+  // At most one of the two
+  std::unique_ptr<StatusItem> m_item;
+  std::unique_ptr<EmbeddedIcon> m_embedded;
 };
 
 }  // namespace quillorbit::linux_adapter

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include <QImage>
+#include <QMenu>
+#include <QString>
+
+#include "platform/linux/tray/session_bus.h"
+#include "platform/linux/tray/status_menu.h"
+
+namespace quillorbit::linux_adapter {
+
+/// The service that keeps the list of items for the hosts, which show them.
+inline constexpr const char* sWatcherService = "org.kde.StatusNotifierWatcher";
+inline constexpr const char* sWatcherPath = "/StatusNotifierWatcher";
+
+/// An icon at a StatusNotifierItem host: an object on the session bus whose picture and tip the
+/// host reads and whose methods it calls when the user clicks. A connection carries one item, which
+/// hosts keep until the connection ends.
+class StatusItem final {
+ public:
+  /// Gets the platform's notification codes of a click.
+  using Tell = std::function<void(std::uint32_t lCode)>;
+
+  /// The bus has to be connected. A host that shows menus itself is given the menu, which may be
+  /// null.
+  StatusItem(SessionBus& bus, QMenu* pMenu, Tell tell);
+
+  void SetImage(const QImage& image);
+  void SetTip(const QString& sTip);
+
+ private:
+  struct Interface;  ///< what the bus calls
+
+  SessionBus& m_bus;
+  Tell m_tell;
+  QImage m_image;
+  QString m_sTip;
+  StatusMenu m_menu;
+  BusSlot m_object;
+};
+
+}  // namespace quillorbit::linux_adapter
