@@ -130,11 +130,9 @@ void SessionBus::Subscribe(const std::string& sMatch, Handler onSignal) {
   RunSoon();
 }
 
-BusSlot SessionBus::Export(const char* sPath, const char* sInterface, const sd_bus_vtable* pTable,
-                           void* pObject) {
-  sd_bus_slot* pSlot = nullptr;
-  sd_bus_add_object_vtable(m_bus.get(), &pSlot, sPath, sInterface, pTable, pObject);
-  return BusSlot(pSlot);
+void SessionBus::Export(const char* sPath, const char* sInterface, const sd_bus_vtable* pTable,
+                        void* pObject) {
+  sd_bus_add_object_vtable(m_bus.get(), nullptr, sPath, sInterface, pTable, pObject);
 }
 
 const char* SessionBus::Name() {

@@ -16,10 +16,8 @@ struct BusUnref {
   void operator()(sd_event* pEvent) const { sd_event_unref(pEvent); }
   void operator()(sd_bus* pBus) const { sd_bus_close_unref(pBus); }
   void operator()(sd_bus_message* pMessage) const { sd_bus_message_unref(pMessage); }
-  void operator()(sd_bus_slot* pSlot) const { sd_bus_slot_unref(pSlot); }
 };
 using BusMessage = std::unique_ptr<sd_bus_message, BusUnref>;
-using BusSlot = std::unique_ptr<sd_bus_slot, BusUnref>;
 
 /// A connection to the session bus, served by the event loop of the thread that made it. Nothing
 /// here waits: a bus that accepts and never answers is one that is not connected yet. A bus that is
@@ -55,8 +53,9 @@ class SessionBus final : public QObject {
   void Call(BusMessage call);
   /// Has the bus deliver the signals that a match rule describes.
   void Subscribe(const std::string& sMatch, Handler onSignal);
-  [[nodiscard]] BusSlot Export(const char* sPath, const char* sInterface,
-                               const sd_bus_vtable* pTable, void* pObject);
+  /// Makes an object callable at a path; it has to outlive the bus or its Close().
+  void Export(const char* sPath, const char* sInterface, const sd_bus_vtable* pTable,
+              void* pObject);
   /// The arguments are as sd_bus_message_append() takes them.
   template <class... Arguments>
   void Emit(const char* sPath, const char* sInterface, const char* sSignal, const char* sTypes = "",

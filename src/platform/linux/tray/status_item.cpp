@@ -108,15 +108,11 @@ struct StatusItem::Interface {
 };
 
 StatusItem::StatusItem(SessionBus& bus, QMenu* pMenu, Tell tell)
-    : m_bus(bus),
-      m_tell(std::move(tell)),
-      m_menu(bus, pMenu),
-      m_object(bus.Export(sPath, sInterface, static_cast<const sd_bus_vtable*>(Interface::table),
-                          this)) {
-  BusMessage call =
-      bus.NewCall(sWatcherService, sWatcherPath, sWatcherService, "RegisterStatusNotifierItem");
-  sd_bus_message_append(call.get(), "s", bus.Name());
-  bus.Call(std::move(call));
+    : m_bus(bus), m_tell(std::move(tell)), m_menu(bus, pMenu) {
+  const auto publish = [this] {
+    m_bus.Export(sPath, sInterface, static_cast<const sd_bus_vtable*>(Interface::table), this);
+  };
+  QObject::connect(&bus, &SessionBus::Connected, this, publish);
 }
 
 void StatusItem::SetImage(const QImage& image) {

@@ -12,20 +12,15 @@
 
 namespace quillorbit::linux_adapter {
 
-/// The service that keeps the list of items for the hosts, which show them.
-inline constexpr const char* sWatcherService = "org.kde.StatusNotifierWatcher";
-inline constexpr const char* sWatcherPath = "/StatusNotifierWatcher";
-
-/// An icon at a StatusNotifierItem host: an object on the session bus whose picture and tip the
-/// host reads and whose methods it calls when the user clicks. A connection carries one item, which
+/// An icon for StatusNotifierItem hosts: an object on the session bus whose picture and tip a host
+/// reads and whose methods it calls when the user clicks. A connection carries one item, which
 /// hosts keep until the connection ends.
-class StatusItem final {
+class StatusItem final : public QObject {
  public:
   /// Gets the platform's notification codes of a click.
   using Tell = std::function<void(std::uint32_t lCode)>;
 
-  /// The bus has to be connected. A host that shows menus itself is given the menu, which may be
-  /// null.
+  /// A host that shows menus itself is given the menu, which may be null.
   StatusItem(SessionBus& bus, QMenu* pMenu, Tell tell);
 
   void SetImage(const QImage& image);
@@ -39,7 +34,6 @@ class StatusItem final {
   QImage m_image;
   QString m_sTip;
   StatusMenu m_menu;
-  BusSlot m_object;
 };
 
 }  // namespace quillorbit::linux_adapter

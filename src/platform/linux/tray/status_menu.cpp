@@ -156,11 +156,11 @@ struct StatusMenu::Interface {
       SD_BUS_VTABLE_END};
 };
 
-StatusMenu::StatusMenu(SessionBus& bus, QMenu* pMenu)
-    : m_bus(bus),
-      m_menu(pMenu),
-      m_object(bus.Export(sPath, sInterface, static_cast<const sd_bus_vtable*>(Interface::table),
-                          this)) {
+StatusMenu::StatusMenu(SessionBus& bus, QMenu* pMenu) : m_bus(bus), m_menu(pMenu) {
+  const auto publish = [this] {
+    m_bus.Export(sPath, sInterface, static_cast<const sd_bus_vtable*>(Interface::table), this);
+  };
+  QObject::connect(&bus, &SessionBus::Connected, this, publish);
   if (pMenu != nullptr) pMenu->installEventFilter(this);
 }
 

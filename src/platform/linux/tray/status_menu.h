@@ -20,7 +20,7 @@ class StatusMenu final : public QObject {
  public:
   static constexpr const char* sPath = "/MenuBar";
 
-  /// The bus has to be connected. Null is a menu without items.
+  /// Null is a menu without items.
   StatusMenu(SessionBus& bus, QMenu* pMenu);
 
  private:
@@ -38,7 +38,6 @@ class StatusMenu final : public QObject {
   SessionBus& m_bus;
   QPointer<QMenu> m_menu;
   std::uint32_t m_nRevision = 1;
-  BusSlot m_object;
 };
 
 }  // namespace quillorbit::linux_adapter

@@ -9,17 +9,26 @@
 #include <xcb/xcb.h>
 
 #include "platform/linux/desktop/x11.h"
-#include "platform/linux/tray/status_item.h"
 
 namespace quillorbit::linux_adapter {
+namespace {
 
 using namespace std::chrono_literals;
 
+constexpr const char* sWatcher = "org.kde.StatusNotifierWatcher";
+constexpr const char* sWatcherPath = "/StatusNotifierWatcher";
+
+bool IsError(sd_bus_message* pReply) {
+  return pReply == nullptr || sd_bus_message_is_method_error(pReply, nullptr) > 0;
+}
+
+}  // namespace
+
 TrayArea::TrayArea(SessionBus& bus) : m_bus(bus) {
   FindTray();
-  m_limit.setSingleShot(true);
-  QObject::connect(&m_limit, &QTimer::timeout, this, &TrayArea::Decide);
-  if (!bus.IsAbsent()) m_limit.start(1s);
+  m_start.setSingleShot(true);
+  QObject::connect(&m_start, &QTimer::timeout, this, &TrayArea::Decide);
+  if (!bus.IsAbsent()) m_start.start(1s);
   QObject::connect(&bus, &SessionBus::Connected, this, &TrayArea::Watch);
   QObject::connect(&bus, &SessionBus::Lost, this, [this] { TakeAnswer(false); });
   Decide();
@@ -42,43 +51,51 @@ void TrayArea::FindTray() {
 }
 
 void TrayArea::Watch() {
-  const auto onSignal = [this](const std::string& sMatch, bool bRestarted) {
-    m_bus.Subscribe("type='signal'," + sMatch, [this, bRestarted](sd_bus_message*) {
-      if (bRestarted) TakeAnswer(false);
-      AskForHost();
-    });
-  };
-  const std::string sWatcher = sWatcherService;
-  onSignal("sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" + sWatcher + "'", true);
+  const std::string sName = sWatcher;
+  m_bus.Subscribe(
+      "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" + sName + "'",
+      [this](auto*) {
+        TakeAnswer(false);
+        AskForHost();
+      });
   for (const char* sMember : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
-    onSignal("sender='" + sWatcher + "',member='" + sMember + "'", false);
+    m_bus.Subscribe("type='signal',sender='" + sName + "',member='" + sMember + "'",
+                    [this](auto*) { AskForHost(); });
   AskForHost();
 }
 
 void TrayArea::AskForHost() {
   BusMessage question =
-      m_bus.NewCall(sWatcherService, sWatcherPath, "org.freedesktop.DBus.Properties", "Get");
-  sd_bus_message_append(question.get(), "ss", sWatcherService, "IsStatusNotifierHostRegistered");
+      m_bus.NewCall(sWatcher, sWatcherPath, "org.freedesktop.DBus.Properties", "Get");
+  sd_bus_message_append(question.get(), "ss", sWatcher, "IsStatusNotifierHostRegistered");
   sd_bus_message_set_auto_start(question.get(), 0);
   const auto takeReply = [this](sd_bus_message* pReply) {
     int bHost = 0;
-    TakeAnswer(pReply != nullptr && sd_bus_message_is_method_error(pReply, nullptr) == 0 &&
-               sd_bus_message_read(pReply, "v", "b", &bHost) >= 0 && bHost != 0);
+    if (!IsError(pReply) && sd_bus_message_read(pReply, "v", "b", &bHost) > 0 && bHost != 0)
+      RegisterItem();
+    else
+      TakeAnswer(false);
   };
   m_bus.Call(std::move(question), takeReply, SessionBus::usNoLimit);
 }
 
+void TrayArea::RegisterItem() {
+  BusMessage call = m_bus.NewCall(sWatcher, sWatcherPath, sWatcher, "RegisterStatusNotifierItem");
+  sd_bus_message_append(call.get(), "s", m_bus.Name());
+  m_bus.Call(
+      std::move(call), [this](sd_bus_message* pReply) { TakeAnswer(!IsError(pReply)); },
+      SessionBus::usNoLimit);
+}
+
 void TrayArea::TakeAnswer(bool bHost) {
-  m_limit.stop();
+  m_start.stop();
   m_bHost = bHost;
   Decide();
 }
 
 void TrayArea::Decide() {
-  const bool bEmbed = m_bTray && !m_limit.isActive();
-  const Kind eKind = m_bHost ? Kind::StatusNotifier : bEmbed ? Kind::XEmbed : Kind::None;
-  if (eKind == std::exchange(m_eKind, eKind)) return;
-  emit Changed();
+  const bool bEmbedding = m_bTray && !m_bHost && !m_start.isActive();
+  if (bEmbedding != std::exchange(m_bEmbedding, bEmbedding)) emit Changed();
 }
 
 /// A new tray announces itself to all; the toolkit has asked for the root window's messages.

@@ -10,38 +10,37 @@
 
 namespace quillorbit::linux_adapter {
 
-/// Where the desktop shows tray icons now: at a StatusNotifierItem host on the session bus, or else
-/// in a tray that embeds windows (XEmbed). Whoever does not answer within a second is not there
-/// until he does.
+/// Where the desktop shows the icon: at a StatusNotifierItem host on the session bus, to which it
+/// gives the item of this connection (status_item.h), or else in a tray that embeds windows
+/// (XEmbed). A host that has not answered within a second counts as absent until it does.
 class TrayArea final : public QObject, private QAbstractNativeEventFilter {
   Q_OBJECT
 
  public:
-  enum class Kind { None, StatusNotifier, XEmbed };
-
   explicit TrayArea(SessionBus& bus);
   ~TrayArea() override;
 
-  [[nodiscard]] Kind PresentKind() const { return m_eKind; }
+  /// Whether the icon has to be embedded in a tray, because there is one and no host.
+  [[nodiscard]] bool IsEmbedding() const { return m_bEmbedding; }
 
  signals:
-  /// Also when another host has taken the place of the one that had the icon.
   void Changed();
 
  private:
+  void FindTray();
   void Watch();
   void AskForHost();
+  void RegisterItem();
   void TakeAnswer(bool bHost);
-  void FindTray();
   void Decide();
   bool nativeEventFilter(const QByteArray& eventType, void* pMessage, qintptr* pResult) override;
 
   SessionBus& m_bus;
-  QTimer m_limit;  ///< running while a host may still come before a tray is taken
+  QTimer m_start;  ///< running while a host may still answer before a tray is used
   bool m_bHost = false;
   std::uint32_t m_manager = 0, m_selection = 0;  ///< atoms of a tray that announces itself
   bool m_bTray = false;
-  Kind m_eKind = Kind::None;
+  bool m_bEmbedding = false;
 };
 
 }  // namespace quillorbit::linux_adapter

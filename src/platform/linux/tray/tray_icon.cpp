@@ -9,8 +9,8 @@ namespace quillorbit::linux_adapter {
 TrayIcon::TrayIcon(const std::string& sBusAddress, QMenu* pMenu, Tell tell)
     : m_bus(sBusAddress),
       m_area(m_bus),
-      m_menu(pMenu),
       m_tell(std::move(tell)),
+      m_item(m_bus, pMenu, [this](std::uint32_t lCode) { TellCode(lCode); }),
       m_notifications(m_bus, {.Shown = [this] { TellCode(platform::NIN_BALLOONSHOW); },
                               .Hidden = [this] { TellCode(platform::NIN_BALLOONHIDE); },
                               .TimedOut = [this] { TellCode(platform::NIN_BALLOONTIMEOUT); },
@@ -19,11 +19,8 @@ TrayIcon::TrayIcon(const std::string& sBusAddress, QMenu* pMenu, Tell tell)
                                   [this](const Balloon& balloon) {
                                     if (m_embedded) m_embedded->ShowBalloon(balloon);
                                   }}) {
-  QObject::connect(&m_area, &TrayArea::Changed, this, [this] {
-    m_item.reset();
-    m_embedded.reset();
-    RequestUpdate();
-  });
+  QObject::connect(&m_area, &TrayArea::Changed, this, &TrayIcon::RequestUpdate);
+  RequestUpdate();
 }
 
 void TrayIcon::SetImage(const QImage& image) {
@@ -44,7 +41,6 @@ void TrayIcon::ShowBalloon(const Balloon& balloon) {
 void TrayIcon::Remove() {
   m_bRemoved = true;
   m_notifications.Close();
-  m_item.reset();
   m_embedded.reset();
   m_bus.Close();
 }
@@ -57,19 +53,16 @@ void TrayIcon::RequestUpdate() {
 void TrayIcon::Update() {
   m_bUpdateRequested = false;
   if (m_bRemoved) return;
-  const auto tell = [this](std::uint32_t lCode) { TellCode(lCode); };
-  const TrayArea::Kind eKind = m_area.PresentKind();
-  if (eKind == TrayArea::Kind::StatusNotifier && !m_item)
-    m_item = std::make_unique<StatusItem>(m_bus, m_menu, tell);
-  if (eKind == TrayArea::Kind::XEmbed && !m_embedded)
-    m_embedded = std::make_unique<EmbeddedIcon>(m_image, m_sTip, tell);
-  if (m_item) {
-    m_item->SetImage(m_image);
-    m_item->SetTip(m_sTip);
-  }
-  if (m_embedded) {
+  m_item.SetImage(m_image);
+  m_item.SetTip(m_sTip);
+  if (!m_area.IsEmbedding()) {
+    m_embedded.reset();
+  } else if (m_embedded) {
     m_embedded->SetImage(m_image);
     m_embedded->SetTip(m_sTip);
+  } else {
+    m_embedded = std::make_unique<EmbeddedIcon>(m_image, m_sTip,
+                                                [this](std::uint32_t lCode) { TellCode(lCode); });
   }
   if (m_balloon)
     m_notifications.Show(*std::exchange(m_balloon, std::nullopt), m_embedded != nullptr);

@@ -8,7 +8,6 @@
 
 #include <QImage>
 #include <QMenu>
-#include <QPointer>
 #include <QString>
 
 #include "platform/linux/tray/embedded_icon.h"
@@ -43,17 +42,15 @@ class TrayIcon final : public QObject {
 
   SessionBus m_bus;  ///< its own: a host keeps the icon until the connection ends
   TrayArea m_area;
-  QPointer<QMenu> m_menu;
   Tell m_tell;
+  StatusItem m_item;
   Notifications m_notifications;
   QImage m_image;
   QString m_sTip;
   std::optional<Balloon> m_balloon;  ///< to be shown
   bool m_bUpdateRequested = false;
   bool m_bRemoved = false;
-  // At most one of the two
-  std::unique_ptr<StatusItem> m_item;
-  std::unique_ptr<EmbeddedIcon> m_embedded;
+  std::unique_ptr<EmbeddedIcon> m_embedded;  ///< only where there is no host for the item
 };
 
 }  // namespace quillorbit::linux_adapter
