@@ -25,6 +25,7 @@ int main(int argc, char** argv) {
     linux_adapter::LinuxResources resources;
     const std::string sBusAddress = linux_adapter::KeepSessionBusFromToolkit();
     linux_adapter::LinuxToolkit toolkit(argc, argv, resources);
+    linux_adapter::ServeScreenReaders();
     // The driver loads beside the steps that follow. Earlier, the toolkit's libraries would have to
     // wait for the driver's.
     const auto contexts = std::make_shared<linux_adapter::GlContexts>();

@@ -4,6 +4,12 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <private/qguiapplication_p.h>
+#include <string_view>
+
+#include <QObject>
+#include <qpa/qplatformaccessibility.h>
+#include <qpa/qplatformintegration.h>
 
 #include "platform/linux/tray/session_bus.h"
 
@@ -105,6 +111,15 @@ std::string KeepSessionBusFromToolkit() {
 
   setenv(sSessionBus, "disabled:", 1);  // an address that fails at once
   return sAddress;
+}
+
+void ServeScreenReaders() {
+  // Qt 6.4 connects to the bus that it is given and leaves accessibility off. Switching it on takes
+  // Qt's private interface, which is that of the version this was built with only.
+  if (Variable(sAccessibilityBus).empty() || std::string_view(qVersion()) != QT_VERSION_STR) return;
+  const auto* const pIntegration = QGuiApplicationPrivate::platformIntegration();
+  if (auto* const pBridge = dynamic_cast<QObject*>(pIntegration->accessibility()))
+    QMetaObject::invokeMethod(pBridge, "enabledChanged", Q_ARG(bool, true));
 }
 
 }  // namespace quillorbit::linux_adapter
