@@ -1,279 +1,180 @@
-// A desktop's side of the session bus: the host of a status item, and the notification daemon. It
-// prints what the program tells it, a line for each fact, and does what the user would do when it
-// is called at its own interface.
+// What a desktop has on the session bus: the tray service, which hosts the status item that was
+// registered last, and the notification service. It prints what the program tells it, a line for
+// each fact, and does what the user would do when a method of org.quillorbit.User is called.
 //
-//   status_host [--without-items] [--without-notifications] [--silent] [--markup]
+//   status_host [--answers=N] [--without-items] [--without-notifications] [--silent] [--markup]
 //
-// --silent never answers a call to the notification daemon; --markup announces that the texts of
-// notifications are markup.
+// The tray service answers its first N calls only; with --silent the notification service answers
+// none, and with --markup it takes texts as markup.
 
 #include <cstdio>
-#include <functional>
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusContext>
 #include <QDBusMessage>
-#include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
-#include <QMap>
-#include <QStringList>
-#include <QVariantMap>
+#include <QDBusVirtualObject>
 
 namespace {
 
-using WhenDone = std::function<void(const QVariantList& answers)>;
+constexpr const char* sWatcher = "org.kde.StatusNotifierWatcher";
+constexpr const char* sItem = "org.kde.StatusNotifierItem";
+constexpr const char* sNotifications = "org.freedesktop.Notifications";
+constexpr const char* sUser = "org.quillorbit.User";
 
 void Say(const QString& sFact) {
   std::puts(qUtf8Printable(sFact));
   std::fflush(stdout);
 }
 
-/// The pictures of an icon, short enough to compare.
-QString Hash(const QDBusArgument& pictures) {
-  QCryptographicHash hash(QCryptographicHash::Md5);
-  pictures.beginArray();
-  while (!pictures.atEnd()) {
-    int nWidth = 0;
-    int nHeight = 0;
-    QByteArray pixels;
-    pictures.beginStructure();
-    pictures >> nWidth >> nHeight >> pixels;
-    pictures.endStructure();
-    hash.addData(pixels);
+/// A value as text: what it contains in parentheses, and bytes as a hash that can be compared.
+QString Text(const QVariant& value) {
+  if (value.metaType() == QMetaType::fromType<QDBusVariant>())
+    return Text(value.value<QDBusVariant>().variant());
+  if (value.metaType() == QMetaType::fromType<QByteArray>())
+    return QCryptographicHash::hash(value.toByteArray(), QCryptographicHash::Md5).toHex().left(8);
+  if (value.metaType() == QMetaType::fromType<QStringList>()) return value.toStringList().join(',');
+  if (value.metaType() != QMetaType::fromType<QDBusArgument>()) return value.toString();
+  QVariantList values;
+  const auto argument = value.value<QDBusArgument>();
+  if (argument.currentType() == QDBusArgument::MapType) {
+    values = qdbus_cast<QVariantMap>(value).values();
+  } else {
+    const bool bArray = argument.currentType() == QDBusArgument::ArrayType;
+    bArray ? argument.beginArray() : argument.beginStructure();
+    while (!argument.atEnd()) values += argument.asVariant();
   }
-  pictures.endArray();
-  return hash.result().toHex().left(8);
+  QStringList texts;
+  for (const QVariant& contained : values) texts += Text(contained);
+  return '(' + texts.join(',') + ')';
 }
 
-QString TooltipText(const QDBusArgument& tooltip) {
-  QString sIcon;
-  QString sTitle;
-  tooltip.beginStructure();
-  tooltip >> sIcon;
-  Hash(tooltip);
-  tooltip >> sTitle;
-  return sTitle;
-}
-
-/// The entries of a menu's layout, with their labels.
-QMap<int, QString> Labels(const QDBusArgument& layout) {
-  QMap<int, QString> labels;
-  int nId = 0;
-  QVariantMap properties;
-  layout.beginStructure();
-  layout >> nId >> properties;
-  layout.beginArray();
-  while (!layout.atEnd()) {
-    QDBusVariant child;
-    layout >> child;
-    const auto entry = qvariant_cast<QDBusArgument>(child.variant());
-    entry.beginStructure();
-    entry >> nId >> properties;
-    labels[nId] = properties["label"].toString();
-  }
-  return labels;
-}
+bool Has(const char* sSwitch) { return QCoreApplication::arguments().contains(sSwitch); }
 
 }  // namespace
 
-/// Hosts one status item, the last that was registered.
-class ItemHost : public QObject {
+class StatusHost : public QDBusVirtualObject {
   Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
-  Q_PROPERTY(bool IsStatusNotifierHostRegistered MEMBER m_bHost CONSTANT)
-  Q_PROPERTY(int ProtocolVersion MEMBER m_nProtocol CONSTANT)
-  Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ Items CONSTANT)
 
  public:
-  ItemHost() {
-    m_owner.setConnection(QDBusConnection::sessionBus());
+  [[nodiscard]] bool Start() {
+    for (const QString& sSwitch : QCoreApplication::arguments())
+      if (sSwitch.startsWith("--answers=")) m_nAnswers = sSwitch.section('=', 1).toInt();
+    m_owner.setConnection(m_bus);
     m_owner.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
-    connect(&m_owner, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
-      m_owner.setWatchedServices({});
-      Say("item gone");
-    });
+    connect(&m_owner, &QDBusServiceWatcher::serviceUnregistered, this, [] { Say("item gone"); });
+    return m_bus.registerVirtualObject("/", this, QDBusConnection::SubPath) &&
+           (Has("--without-items") || m_bus.registerService(sWatcher)) &&
+           (Has("--without-notifications") || m_bus.registerService(sNotifications)) &&
+           m_bus.registerService(sUser);
   }
 
-  [[nodiscard]] QStringList Items() const { return m_owner.watchedServices(); }
+  [[nodiscard]] QString introspect(const QString&) const override { return {}; }
 
-  void CallItem(const QString& sMethod) {
-    Call("/StatusNotifierItem", "org.kde.StatusNotifierItem", sMethod, {0, 0});
-  }
-
-  /// Says the menu's labels and clicks the entry with this one.
-  void ReadMenu(const QString& sToClick) {
-    const char* sInterface = "com.canonical.dbusmenu";
-    Call(m_sMenu, sInterface, "GetLayout", {0, -1, QStringList()},
-         [=, this](const QVariantList& answer) {
-           const auto labels = Labels(qvariant_cast<QDBusArgument>(answer.value(1)));
-           Say("menu " + labels.values().join('|'));
-           const int nId = labels.key(sToClick, -1);
-           if (nId >= 0)
-             Call(m_sMenu, sInterface, "Event",
-                  {nId, "clicked", QVariant::fromValue(QDBusVariant(0)), 0U});
-         });
-  }
-
- public slots:
-  void RegisterStatusNotifierItem(const QString& sService) {
-    Say("item registered");
-    m_owner.setWatchedServices({sService});
-    m_told.clear();
-    for (const char* sSignal : {"NewTitle", "NewIcon", "NewToolTip"})
-      QDBusConnection::sessionBus().connect(sService, "/StatusNotifierItem",
-                                            "org.kde.StatusNotifierItem", sSignal, this,
-                                            SLOT(Read()));
-    Read();
+  bool handleMessage(const QDBusMessage& call, const QDBusConnection&) override {
+    QVariantList reply;
+    bool bAnswer = true;
+    if (call.path() == "/StatusNotifierWatcher") {
+      bAnswer = m_nAnswers-- > 0;
+      if (call.member() == "RegisterStatusNotifierItem") Host(call.arguments().value(0).toString());
+      if (call.member() == "Get") reply += QVariant::fromValue(QDBusVariant(true));
+    } else if (call.interface() == sNotifications) {
+      bAnswer = !Has("--silent");
+      reply = Notification(call.member(), call.arguments());
+    } else {
+      DoAsUser(call.member());
+    }
+    return !bAnswer || m_bus.send(call.createReply(reply));
   }
 
  private slots:
-  void Read() {
-    Call("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "GetAll",
-         {"org.kde.StatusNotifierItem"}, [this](const QVariantList& answer) {
-           const auto properties = qdbus_cast<QVariantMap>(answer.value(0));
-           m_sMenu = qvariant_cast<QDBusObjectPath>(properties["Menu"]).path();
-           Tell("title", properties["Title"].toString());
-           Tell("tooltip", TooltipText(qvariant_cast<QDBusArgument>(properties["ToolTip"])));
-           Tell("icon", properties["IconName"].toString() +
-                            Hash(qvariant_cast<QDBusArgument>(properties["IconPixmap"])));
-         });
+  void ReadItem() {
+    Call("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "GetAll", {sItem},
+         &StatusHost::SayItem);
   }
+  void SayItem(const QDBusMessage& reply) {
+    const auto properties = qdbus_cast<QVariantMap>(reply.arguments().value(0));
+    for (const char* sName : {"Title", "ToolTip", "IconPixmap"}) {
+      const QString sFact = sName + (' ' + Text(properties[sName]));
+      if (std::exchange(m_said[sName], sFact) != sFact) Say(sFact);
+    }
+  }
+  void SayMenu(const QDBusMessage& reply) { Say("menu " + Text(reply.arguments().value(1))); }
 
  private:
-  /// Says a property that has changed.
-  void Tell(const QString& sName, const QString& sValue) {
-    if (m_told.value(sName) == sValue) return;
-    m_told[sName] = sValue;
-    Say(sName + ' ' + sValue);
+  void Host(const QString& sItemService) {
+    Say("item registered");
+    m_owner.setWatchedServices({sItemService});
+    m_said.clear();
+    for (const char* sSignal : {"NewIcon", "NewToolTip"})
+      m_bus.connect(sItemService, "/StatusNotifierItem", sItem, sSignal, this, SLOT(ReadItem()));
+    ReadItem();
+  }
+
+  QVariantList Notification(const QString& sMember, const QVariantList& arguments) {
+    if (sMember == "GetCapabilities")
+      return {QStringList{"actions", "body", Has("--markup") ? "body-markup" : "sound"}};
+    if (sMember == "CloseNotification") return {};
+    const uint nReplaces = arguments.value(1).toUInt();
+    m_nLast = nReplaces != 0 ? nReplaces : m_nLast + 1;
+    QStringList texts;
+    for (const int i : {3, 4, 2, 5, 1}) texts += Text(arguments.value(i));
+    Say("notification " + texts.join('|'));
+    return {m_nLast};
+  }
+
+  void DoAsUser(const QString& sAction) {
+    const char* const sMenu = "com.canonical.dbusmenu";
+    if (sAction == "ListMenu")
+      Call("/MenuBar", sMenu, "GetLayout", {0, -1, QStringList()}, &StatusHost::SayMenu);
+    else if (sAction == "ClickMenu")
+      Call("/MenuBar", sMenu, "Event", {1, "clicked", QVariant::fromValue(QDBusVariant(0)), 0U});
+    else if (sAction == "ClickNotification")
+      Tell("ActionInvoked", "default");
+    else if (sAction == "DismissNotification" || sAction == "LetNotificationExpire")
+      Tell("NotificationClosed", sAction == "DismissNotification" ? 2U : 1U);
+    else
+      Call("/StatusNotifierItem", sItem, sAction, {0, 0});
+  }
+
+  void Tell(const QString& sSignal, const QVariant& argument) {
+    auto signal =
+        QDBusMessage::createSignal("/org/freedesktop/Notifications", sNotifications, sSignal);
+    signal.setArguments({m_nLast, argument});
+    m_bus.send(signal);
   }
 
   /// Calls the item's program without waiting for it.
   void Call(const QString& sPath, const QString& sInterface, const QString& sMethod,
-            const QVariantList& arguments, const WhenDone& whenDone = {}) {
-    auto call =
-        QDBusMessage::createMethodCall(Items().value(0, "no.item"), sPath, sInterface, sMethod);
+            const QVariantList& arguments, void (StatusHost::*pReply)(const QDBusMessage&) = {}) {
+    auto call = QDBusMessage::createMethodCall(m_owner.watchedServices().value(0, "no.item"), sPath,
+                                               sInterface, sMethod);
     call.setArguments(arguments);
-    auto* pWatcher =
-        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
-    connect(pWatcher, &QDBusPendingCallWatcher::finished, this, [=] {
-      const QDBusMessage reply = pWatcher->reply();
-      if (reply.type() == QDBusMessage::ErrorMessage)
-        Say("failed " + sMethod + ": " + reply.errorMessage());
-      else if (whenDone)
-        whenDone(reply.arguments());
+    auto* pWatcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
+    connect(pWatcher, &QDBusPendingCallWatcher::finished, this, [=, this] {
+      if (pWatcher->isError())
+        Say("failed " + sMethod + ": " + pWatcher->error().message());
+      else if (pReply != nullptr)
+        (this->*pReply)(pWatcher->reply());
       pWatcher->deleteLater();
     });
   }
 
-  const bool m_bHost = true;
-  const int m_nProtocol = 0;
+  QDBusConnection m_bus = QDBusConnection::sessionBus();
   QDBusServiceWatcher m_owner;
-  QString m_sMenu;
-  QMap<QString, QString> m_told;
-};
-
-class Notifications : public QObject, protected QDBusContext {
-  Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
-
- public:
-  Notifications(bool bSilent, bool bMarkup) : m_bSilent(bSilent), m_bMarkup(bMarkup) {}
-
-  void Click() {
-    emit ActionInvoked(m_nLast, "default");
-    End(2);
-  }
-  void End(uint nReason) { emit NotificationClosed(m_nLast, nReason); }
-
- public slots:
-  QStringList GetCapabilities() {
-    setDelayedReply(m_bSilent);
-    return m_bMarkup ? QStringList{"actions", "body", "body-markup"}
-                     : QStringList{"actions", "body"};
-  }
-
-  uint Notify(const QString&, uint nReplaces, const QString& sIcon, const QString& sSummary,
-              const QString& sBody, const QStringList& actions, const QVariantMap& hints, int) {
-    setDelayedReply(m_bSilent);
-    m_nLast = nReplaces != 0 ? nReplaces : m_nLast + 1;
-    Say(QString("notification %1|%2|%3|urgency %4|%5|replaces %6")
-            .arg(sSummary, sBody, sIcon, hints.value("urgency", "none").toString(),
-                 actions.join(','), QString::number(nReplaces)));
-    return m_nLast;
-  }
-
-  void CloseNotification(uint nId) {
-    setDelayedReply(m_bSilent);
-    Say("notification closed");
-    if (!m_bSilent) emit NotificationClosed(nId, 3);
-  }
-
-  QString GetServerInformation(QString& sVendor, QString& sVersion, QString& sSpecification) {
-    setDelayedReply(m_bSilent);
-    sVendor = "Quillorbit";
-    sVersion = "1";
-    sSpecification = "1.2";
-    return "status_host";
-  }
-
- signals:
-  void NotificationClosed(uint nId, uint nReason);
-  void ActionInvoked(uint nId, const QString& sAction);
-
- private:
-  const bool m_bSilent;
-  const bool m_bMarkup;
+  QMap<QString, QString> m_said;
+  int m_nAnswers = 1'000'000;
   uint m_nLast = 0;
-};
-
-/// What the user does.
-class User : public QObject {
-  Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "org.quillorbit.User")
-
- public:
-  User(ItemHost& items, Notifications& notifications)
-      : m_items(items), m_notifications(notifications) {}
-
- public slots:
-  void Activate() { m_items.CallItem("Activate"); }
-  void ContextMenu() { m_items.CallItem("ContextMenu"); }
-  void ListMenu() { m_items.ReadMenu({}); }
-  void ClickMenu(const QString& sLabel) { m_items.ReadMenu(sLabel); }
-  void ClickNotification() { m_notifications.Click(); }
-  void DismissNotification() { m_notifications.End(2); }
-  void LetNotificationExpire() { m_notifications.End(1); }
-
- private:
-  ItemHost& m_items;
-  Notifications& m_notifications;
 };
 
 int main(int argc, char** argv) {
   const QCoreApplication app(argc, argv);
-  const QStringList switches = QCoreApplication::arguments();
-  QDBusConnection bus = QDBusConnection::sessionBus();
-  ItemHost items;
-  Notifications notifications(switches.contains("--silent"), switches.contains("--markup"));
-  User user(items, notifications);
-
-  const auto exported = QDBusConnection::ExportAllContents;
-  bool bOk = bus.registerObject("/", &user, exported);
-  if (!switches.contains("--without-items"))
-    bOk = bOk && bus.registerObject("/StatusNotifierWatcher", &items, exported) &&
-          bus.registerService("org.kde.StatusNotifierWatcher");
-  if (!switches.contains("--without-notifications"))
-    bOk = bOk && bus.registerObject("/org/freedesktop/Notifications", &notifications, exported) &&
-          bus.registerService("org.freedesktop.Notifications");
-  if (!bOk || !bus.registerService("org.quillorbit.User")) {
-    std::fputs("status_host: the session bus does not give the names\n", stderr);
-    return 1;
-  }
+  StatusHost host;
+  if (!host.Start()) return 1;
   Say("ready");
   return QCoreApplication::exec();
 }

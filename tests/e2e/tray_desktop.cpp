@@ -2,27 +2,19 @@
 
 #include <array>
 #include <chrono>
-#include <fstream>
 #include <functional>
 #include <regex>
 #include <sstream>
-#include <thread>
 
 namespace quillorbit::test {
 namespace {
 
 using namespace std::chrono_literals;
 
-/// The toolkit's own windows have no title, and so the program's name.
-constexpr const char* sUntitled = "quillorbit";
 constexpr const char* sTooltipType = "_NET_WM_WINDOW_TYPE_TOOLTIP";
 constexpr const char* sDockedType = "_KDE_NET_WM_WINDOW_TYPE_OVERRIDE";
 /// A tip has a line of text, a balloon at least two.
 constexpr int nTipHeight = 40;
-/// Where to click, from the bottom: a balloon covers the upper part of its icon and ends in an
-/// arrow.
-constexpr int nIconPlace = 3;
-constexpr int nBalloonPlace = 40;
 
 std::vector<ScreenWindow> Find(const std::function<bool(const ScreenWindow&)>& condition) {
   std::vector<ScreenWindow> windows = WindowsOnScreen();
@@ -30,10 +22,13 @@ std::vector<ScreenWindow> Find(const std::function<bool(const ScreenWindow&)>& c
   return windows;
 }
 
-std::vector<ScreenWindow> TipWindows() {
-  return Find([](const ScreenWindow& window) {
-    return window.sTitle == sUntitled && window.sType == sTooltipType &&
-           window.nHeight < nTipHeight;
+/// The toolkit's own windows have no title, and so the program's name.
+bool IsUntitled(const ScreenWindow& window) { return window.sTitle == "quillorbit"; }
+
+std::vector<ScreenWindow> Tooltips(bool bBalloons) {
+  return Find([&](const ScreenWindow& window) {
+    return IsUntitled(window) && window.sType == sTooltipType &&
+           (window.nHeight >= nTipHeight) == bBalloons;
   });
 }
 
@@ -52,23 +47,21 @@ void TrayDesktop::StartTray(Tray eTray) {
 }
 
 void TrayDesktop::StartBus() {
-  const std::string sConfiguration = m_folder / "bus.conf";
-  // It knows no services that it could start.
-  std::ofstream(sConfiguration) << "<busconfig><type>session</type><auth>EXTERNAL</auth><listen>"
-                                << m_sBusAddress
-                                << "</listen><policy context=\"default\">"
-                                   "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/>"
-                                   "<allow own=\"*\"/></policy></busconfig>";
+  WriteTo(m_folder / "bus.conf",
+          "<busconfig><type>session</type><auth>EXTERNAL</auth><listen>" + m_sBusAddress +
+              "</listen>"
+              "<policy context=\"default\"><allow send_destination=\"*\"/>"
+              "<allow receive_sender=\"*\"/><allow own=\"*\"/></policy></busconfig>");
   m_bus = std::make_unique<ChildProcess>(
       m_folder, "dbus-daemon",
-      std::vector<std::string>{"--config-file=" + sConfiguration, "--nofork", "--print-address"});
+      std::vector<std::string>{"--config-file=" + (m_folder / "bus.conf").string(), "--nofork",
+                               "--print-address"});
   ASSERT_TRUE(Eventually([&] { return m_bus->Output().ends_with('\n'); })) << m_bus->Errors();
 }
 
 void TrayDesktop::StartHost(const std::vector<std::string>& arguments) {
   m_host = std::make_unique<ChildProcess>(m_folder, QUILLORBIT_STATUS_HOST, arguments);
-  ASSERT_TRUE(Eventually([&] { return m_host->Output().starts_with("ready\n"); }))
-      << m_host->Errors();
+  ASSERT_TRUE(Eventually([&] { return m_host->Output().starts_with("ready\n"); }));
 }
 
 void TrayDesktop::StartTrayer() {
@@ -99,31 +92,22 @@ void TrayDesktop::User(const std::string& sAction) {
 }
 
 std::optional<ScreenWindow> TrayDesktop::DockedIcon() {
-  const auto icons = Find([](const ScreenWindow& window) {
-    return window.sTitle == sUntitled && window.sType == sDockedType;
-  });
+  const auto icons = Find(
+      [](const ScreenWindow& window) { return IsUntitled(window) && window.sType == sDockedType; });
   return icons.empty() ? std::nullopt : std::optional(icons.front());
-}
-
-std::vector<ScreenWindow> TrayDesktop::BalloonWindows() {
-  return Find([](const ScreenWindow& window) {
-    return window.sTitle == sUntitled && window.sType == sTooltipType &&
-           window.nHeight >= nTipHeight;
-  });
 }
 
 std::optional<ScreenWindow> TrayDesktop::Menu() {
   const auto menus = Find([](const ScreenWindow& window) {
-    return window.sTitle == sUntitled && window.sType != sTooltipType &&
-           window.sType != sDockedType;
+    return IsUntitled(window) && window.sType != sTooltipType && window.sType != sDockedType;
   });
   return menus.empty() ? std::nullopt : std::optional(menus.front());
 }
 
-void TrayDesktop::ClickOn(const ScreenWindow& window, int nFromBottom, int nButton) {
-  Command("xdotool mousemove " + std::to_string(window.x + window.nWidth / 2) + " " +
-          std::to_string(window.y + window.nHeight - nFromBottom) + " click " +
-          std::to_string(nButton));
+void TrayDesktop::Mouse(const ScreenWindow& window, int x, int nFromBottom,
+                        const std::string& sThen) {
+  Command("xdotool mousemove " + std::to_string(window.x + window.nWidth / 2 + x) + " " +
+          std::to_string(window.y + window.nHeight - nFromBottom) + " " + sThen);
 }
 
 bool TrayDesktop::HasIcon() const {
@@ -131,25 +115,23 @@ bool TrayDesktop::HasIcon() const {
 }
 
 std::string TrayDesktop::Icon() const {
-  if (m_eTray == Tray::Bus) return LastHeard("icon ");
+  if (m_eTray == Tray::Bus) return LastHeard("IconPixmap ");
   const auto icon = DockedIcon();
   // A balloon may cover the upper part.
   return icon ? Picture(*icon, icon->nHeight - icon->nHeight / 3, icon->nHeight) : "";
 }
 
 std::string TrayDesktop::Tip() {
-  if (m_eTray == Tray::Bus) return LastHeard("tooltip ");
+  if (m_eTray == Tray::Bus) return LastHeard("ToolTip ");
   std::vector<ScreenWindow> tips;
   EXPECT_TRUE(Eventually([&] {
     // Moves in quick succession are one to the toolkit, and one alone only enters the icon.
     if (const auto icon = DockedIcon())
-      for (const int nPlace : {5, 4, 3})
-        Command("xdotool mousemove " + std::to_string(icon->x + nPlace) + " " +
-                std::to_string(icon->y + icon->nHeight - nPlace) + " sleep 0.1");
-    return Eventually([&] { return !(tips = TipWindows()).empty(); }, 2s);
+      for (const int nPlace : {5, 4, 3}) Mouse(*icon, -nPlace, nPlace, "sleep 0.1");
+    return Eventually([&] { return !(tips = Tooltips(false)).empty(); }, 2s);
   }));
   Command("xdotool mousemove 5 5");
-  EXPECT_TRUE(Eventually([] { return TipWindows().empty(); }));
+  EXPECT_TRUE(Eventually([] { return Tooltips(false).empty(); }));
   return tips.empty() ? "" : std::to_string(tips.front().nWidth);
 }
 
@@ -157,37 +139,30 @@ void TrayDesktop::ClickIcon() {
   if (m_eTray == Tray::Bus) return User("Activate");
   const auto icon = DockedIcon();
   ASSERT_TRUE(icon);
-  ClickOn(*icon, nIconPlace, 1);
-  Command("xdotool mousemove 5 5");
+  Mouse(*icon, 0, 3, "mousedown 1 sleep 0.3");
+  EXPECT_FALSE(HasWindow(sMainWindow));
+  Command("xdotool mouseup 1 mousemove 5 5");
 }
 
 void TrayDesktop::OpenMenu() {
-  if (m_eTray == Tray::Bus) {
+  const auto icon = DockedIcon();
+  if (m_eTray == Tray::Bus)
     User("ContextMenu");
-  } else {
-    const auto icon = DockedIcon();
-    ASSERT_TRUE(icon);
-    ClickOn(*icon, nIconPlace, 3);
-  }
+  else if (icon)
+    Mouse(*icon, 0, 3, "click 3");
   ASSERT_TRUE(Eventually([] { return Menu().has_value(); }));
 }
 
 std::size_t TrayDesktop::Balloons() {
-  for (const ScreenWindow& window : BalloonWindows()) m_balloonWindows.insert(window.nId);
+  for (const ScreenWindow& window : Tooltips(true)) m_balloonWindows.insert(window.nId);
   return m_balloonWindows.size() + Heard("notification ").size();
 }
 
-void TrayDesktop::ClickBalloon() {
-  if (m_eTray != Tray::Docked) return User("ClickNotification");
-  ASSERT_TRUE(Eventually([] { return !BalloonWindows().empty(); }));
-  ClickOn(BalloonWindows().front(), nBalloonPlace, 1);
-}
-
-void TrayDesktop::DismissBalloon() {
-  if (m_eTray != Tray::Docked) return User("DismissNotification");
-  ASSERT_TRUE(Eventually([] { return !BalloonWindows().empty(); }));
-  ClickOn(BalloonWindows().front(), nBalloonPlace, 3);
-  EXPECT_TRUE(Eventually([] { return BalloonWindows().empty(); }));
+void TrayDesktop::EndBalloon(bool bClick) {
+  if (m_eTray != Tray::Docked) return User(bClick ? "ClickNotification" : "DismissNotification");
+  ASSERT_TRUE(Eventually([] { return !Tooltips(true).empty(); }));
+  Mouse(Tooltips(true).front(), 0, 40, bClick ? "click 1" : "click 3");
+  EXPECT_TRUE(Eventually([] { return Tooltips(true).empty(); }));
 }
 
 bool TrayDesktop::IsInFront() {
@@ -207,15 +182,6 @@ void TrayDesktop::Hide(bool bClose) {
     Minimise();
   }
   ASSERT_TRUE(Eventually([] { return !HasWindow(sMainWindow); }));
-}
-
-std::jthread TrayDesktop::Transmission() const {
-  return std::jthread([this](const std::stop_token& stop) {
-    while (!stop.stop_requested()) {
-      Send({.x = 75, .y = 75, .z = 42, .zr = 75, .b = 1});
-      std::this_thread::sleep_for(50ms);
-    }
-  });
 }
 
 }  // namespace quillorbit::test

@@ -53,7 +53,7 @@ class SessionBus final : public QObject {
   void Call(BusMessage call);
   /// Has the bus deliver the signals that a match rule describes.
   void Subscribe(const std::string& sMatch, Handler onSignal);
-  /// Makes an object callable at a path; it has to outlive the bus or its Close().
+  /// Makes an object callable at a path, as long as the connection and the object last.
   void Export(const char* sPath, const char* sInterface, const sd_bus_vtable* pTable,
               void* pObject);
   /// The arguments are as sd_bus_message_append() takes them.
