@@ -191,7 +191,10 @@ void frmMain::StartListening() {
   m_controls.sckUDP->Bind(Existing(m_state.m_setup).Port);
 }
 
-void frmMain::ShowWindow() { m_controls.frmMain->Show(); }
+void frmMain::ShowWindow() {
+  // The 3D view shows it earlier. Shown again, it would take the focus from what has it by now.
+  if (!m_controls.frmMain->Visible()) m_controls.frmMain->Show();
+}
 
 /// The box names the port whichever step failed. Without a settings object it shows the defaults.
 void frmMain::ShowFailureBox() {

@@ -116,7 +116,8 @@ class Container {
 };
 
 /// A child window, docked to an edge of its form: as wide as the form's client area, at the top or
-/// the bottom of it. It can be drawn into or carry controls.
+/// the bottom of it. It can be drawn into or carry controls; without controls it can have the
+/// focus.
 class PictureBox : public Control, public Container {
  public:
   [[nodiscard]] virtual WindowHandle hWnd() const = 0;

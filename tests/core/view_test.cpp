@@ -93,6 +93,7 @@ TEST_F(ViewTest, StartSetsTheViewUpShowsTheWindowAndDrawsItLevel) {
   const Lines expected = Lines{"frmMain.Height 7005"} + setup + Lines{"frmMain.Show"} +
                          levelInWhite + Lines{"timer0.Interval 1000"};
   EXPECT_FALSE(std::ranges::search(all, expected).empty()) << testing::PrintToString(all);
+  EXPECT_EQ(all.back(), "sckUDP.Bind 5000");  // a window that is shown is not activated again
   p.Window().Close(platform::UnloadReason::AppWindows);
   const Lines end = p.Take();
   EXPECT_EQ(Lines(end.end() - 3, end.end()),

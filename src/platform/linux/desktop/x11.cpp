@@ -19,6 +19,16 @@ void Flush() {
   if (xcb_connection_t* const pConnection = ToolkitConnection()) xcb_flush(pConnection);
 }
 
+void ClearTitle(xcb_window_t window) {
+  xcb_connection_t* const pConnection = ToolkitConnection();
+  if (pConnection == nullptr) return;
+  for (const xcb_atom_t title :
+       {InternAtom(pConnection, "_NET_WM_NAME"), xcb_atom_t{XCB_ATOM_WM_NAME}})
+    xcb_change_property(pConnection, XCB_PROP_MODE_REPLACE, window, title,
+                        InternAtom(pConnection, "UTF8_STRING"), 8, 0, nullptr);
+  xcb_flush(pConnection);
+}
+
 xcb_atom_t InternAtom(xcb_connection_t* pConnection, std::string_view sName) {
   const xcb_intern_atom_cookie_t request =
       xcb_intern_atom(pConnection, 0, static_cast<std::uint16_t>(sName.size()), sName.data());

@@ -25,6 +25,10 @@ using Reply = std::unique_ptr<T, Free>;
 /// Sends what the toolkit has asked of the server, without waiting for its event loop.
 void Flush();
 
+/// Makes the title of one of the toolkit's windows empty. Without an X server behind the toolkit it
+/// does nothing.
+void ClearTitle(xcb_window_t window);
+
 /// 0 on a broken connection.
 [[nodiscard]] xcb_atom_t InternAtom(xcb_connection_t* pConnection, std::string_view sName);
 

@@ -18,7 +18,9 @@ LinuxSlider::LinuxSlider(QWidget* pParent, const platform::ControlDesign& design
 
 LinuxCheckBox::LinuxCheckBox(QWidget* pParent, const platform::ControlDesign& design,
                              std::string_view sCaption)
-    : WidgetControl(std::make_unique<QCheckBox>(ToQString(sCaption), pParent), design) {
+    // "&" would mark an access key.
+    : WidgetControl(std::make_unique<QCheckBox>(ToQString(sCaption).replace('&', "&&"), pParent),
+                    design) {
   QObject::connect(m_widget.get(), &QCheckBox::clicked, m_widget.get(), [this] {
     if (Click) Click();
   });

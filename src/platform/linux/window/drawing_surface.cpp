@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include <QChildEvent>
 #include <QPainter>
 
 namespace quillorbit::linux_adapter {
@@ -23,6 +24,7 @@ platform::WindowHandle NewHandle() {
 DrawingSurface::DrawingSurface(QWidget* pParent) : QWidget(pParent), m_hWnd(NewHandle()) {
   Surfaces()[m_hWnd] = this;
   setAutoFillBackground(true);  // it covers what is behind it
+  setFocusPolicy(Qt::StrongFocus);
 }
 
 DrawingSurface::~DrawingSurface() { Surfaces().erase(m_hWnd); }
@@ -38,6 +40,10 @@ void DrawingSurface::ShowFrame(QImage& frame) {
   m_frame.swap(frame);
   setAttribute(Qt::WA_OpaquePaintEvent);
   repaint();
+}
+
+void DrawingSurface::childEvent(QChildEvent* pEvent) {
+  if (pEvent->added()) setFocusPolicy(Qt::NoFocus);
 }
 
 void DrawingSurface::paintEvent(QPaintEvent*) {

@@ -10,7 +10,7 @@
 namespace quillorbit::linux_adapter {
 
 /// The widget of a picture box. It can show frames: it keeps the last one, paints it whenever it is
-/// exposed, and stretches it to its size.
+/// exposed, and stretches it to its size. It can have the focus until controls are put on it.
 class DrawingSurface final : public QWidget {
  public:
   explicit DrawingSurface(QWidget* pParent);
@@ -30,6 +30,7 @@ class DrawingSurface final : public QWidget {
   std::function<void()> shown;  ///< it may be seen from now on
 
  private:
+  void childEvent(QChildEvent* pEvent) override;
   void paintEvent(QPaintEvent*) override;
   void resizeEvent(QResizeEvent*) override;
   void showEvent(QShowEvent*) override;

@@ -11,11 +11,13 @@
 #include "platform/linux/desktop/x11.h"
 #include "platform/linux/window/menu.h"
 #include "platform/linux/window/timer.h"
+#include "platform/linux/window/title.h"
 
 namespace quillorbit::linux_adapter {
 namespace {
 
-/// The widgets that take the focus by Tab, in the order of their controls' tab indexes.
+/// The widgets that take the focus by Tab, hidden ones included, in the order of their controls'
+/// tab indexes.
 std::vector<QWidget*> TabStops(const QWidget& window) {
   std::vector<QWidget*> stops;
   for (QWidget* pChild : window.findChildren<QWidget*>()) {
@@ -131,7 +133,7 @@ LinuxForm::LinuxForm(const platform::FormDesign& design, platform::IconHandle hI
       m_hIcon(hIcon),
       m_onUnloaded(std::move(onUnloaded)) {
   m_window->setObjectName(ToQString(design.sName));
-  m_window->setWindowTitle(ToQString(design.sCaption));
+  Caption(design.sCaption);
   m_window->setFont(ToQFont(design.font));
   m_window->resize(ToPixels(design.fScaleWidth), ToPixels(design.fScaleHeight));
   MarkWindow(hWnd(), design.sClass);
@@ -144,10 +146,9 @@ platform::WindowHandle LinuxForm::hWnd() const {
   return static_cast<platform::WindowHandle>(m_window->winId());
 }
 
-std::string LinuxForm::Caption() const { return m_window->windowTitle().toStdString(); }
-
 void LinuxForm::Caption(std::string_view sCaption) {
-  m_window->setWindowTitle(ToQString(sCaption));
+  m_sCaption = sCaption;
+  SetTitle(*m_window, sCaption);
 }
 
 bool LinuxForm::Visible() const { return m_window->isVisible(); }
@@ -156,7 +157,11 @@ void LinuxForm::Show() {
   if (m_bUnloaded) return;
   const std::vector<QWidget*> stops = TabStops(*m_window);
   for (std::size_t i = 1; i < stops.size(); ++i) QWidget::setTabOrder(stops[i - 1], stops[i]);
-  if (m_window->focusWidget() == nullptr && !stops.empty()) stops.front()->setFocus();
+  if (m_window->focusWidget() == nullptr) {
+    const auto first =
+        std::ranges::find_if(stops, [&](QWidget* p) { return p->isVisibleTo(m_window.get()); });
+    if (first != stops.end()) (*first)->setFocus();
+  }
   m_window->show();
   x11::Flush();  // it comes up while its first picture is drawn
   // How a program's first window comes up is the window manager's affair.

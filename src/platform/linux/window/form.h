@@ -22,7 +22,7 @@ class LinuxForm final : public WidgetContainer<platform::Form> {
 
   [[nodiscard]] platform::WindowHandle hWnd() const override;
   [[nodiscard]] platform::IconHandle Icon() const override { return m_hIcon; }
-  [[nodiscard]] std::string Caption() const override;
+  [[nodiscard]] std::string Caption() const override { return m_sCaption; }
   void Caption(std::string_view sCaption) override;
   [[nodiscard]] bool Visible() const override;
   void Show() override;
@@ -56,6 +56,7 @@ class LinuxForm final : public WidgetContainer<platform::Form> {
   void ShowIcons();
 
   std::unique_ptr<Window> m_window;
+  std::string m_sCaption;
   const platform::IconHandle m_hIcon;
   QPixmap m_largeIcon, m_smallIcon;
   QPointer<QMenu> m_menu;

@@ -15,6 +15,7 @@
 #include <xcb/xcb.h>
 
 #include "platform/linux/window/form.h"
+#include "platform/linux/window/title.h"
 #include "platform/linux/window/units.h"
 #include "platform/top_level_windows.h"
 
@@ -119,7 +120,7 @@ platform::MsgBoxAnswer LinuxToolkit::MsgBox(std::string_view sPrompt, std::uint3
   box.setWindowModality(Qt::WindowModal);  // the tray goes on working
   box.setTextFormat(Qt::PlainText);        // the text may come from a profile
   box.setText(ToQString(sPrompt));
-  box.setWindowTitle(ToQString(sTitle));
+  SetTitle(box, sTitle);
   box.setIcon((lFlags & platform::MB_ICONQUESTION) != 0 ? QMessageBox::Question
                                                         : QMessageBox::Information);
   if (bChoice) {
