@@ -1,121 +1,115 @@
 #include <csignal>
-#include <gmock/gmock.h>
-#include <random>
-
-#include <sys/socket.h>
+#include <regex>
 
 #include "e2e/desktop.h"
 
 namespace quillorbit::test {
 namespace {
 
-constexpr JoystickReport centred{75, 75, 75, 75, 0};
+using ProgramTest = Desktop;
+using testing::HasSubstr;
 
-struct ProgramTest : Desktop {};
+constexpr const char* sNoSignal = "^Quillorbit - No signal$";
+constexpr const char* sQuestion = "^Quillorbit$";
 
-TEST_F(ProgramTest, DatagramsReachTheDriverAndALostSignalCentresTheStick) {
+TEST_F(ProgramTest, DatagramsDriveTheJoystickAndALostSignalCentresIt) {
   StartAll();
-  const std::size_t nBefore = Reports().size();  // a slow start has lost the signal already
-  Send({.x = 150, .y = -150, .z = 75, .zr = 149, .b = -2147483647});
-  Send({.x = 150, .y = -150, .z = 75, .zr = 149, .b = -2147483647});
-  ASSERT_TRUE(Eventually([&] { return Reports().size() >= nBefore + 3; }));
-  auto reports = Reports();
-  reports.erase(reports.begin(), reports.begin() + static_cast<long>(nBefore));
-  EXPECT_THAT(reports,
-              testing::ElementsAre(JoystickReport{75, -75, 75, 149, -2147483647},
-                                   JoystickReport{112, -112, 75, 149, -2147483647}, centred));
-  EXPECT_TRUE(WindowAppears("^Quillorbit - No signal$"));
-  Send({.x = 75, .y = 75, .z = 75, .zr = 75, .b = 0});
-  EXPECT_TRUE(WindowAppears("^Quillorbit$"));
-  EndProgram();
-  EXPECT_TRUE(m_driver->IsRunning());
-}
-
-TEST_F(ProgramTest, DatagramsThatAreNoneAndRandomOnesDoNoHarm) {
-  StartAll();
-  ASSERT_TRUE(Eventually([&] { return !Reports().empty(); }));  // the signal is lost
+  ASSERT_TRUE(WindowAppears(sNoSignal));
   const std::size_t nBefore = Reports().size();
   const std::vector<std::byte> bytes(65507);
-  for (const std::size_t nSize : {0U, 1U, 19U, 21U, 65507U})
-    Send(m_nPort, std::span(bytes).first(nSize));
-  Send({.x = 0, .y = 0, .z = 1, .zr = 2, .b = 3});
-  ASSERT_TRUE(Eventually([&] { return Reports().size() > nBefore; }));
-  EXPECT_EQ(Reports()[nBefore], (JoystickReport{0, 0, 1, 2, 3}));  // nothing came of the others
-
-  std::mt19937 random(1);
-  std::array<std::uint32_t, 8> words{};
-  for (int i = 0; i < 20000; ++i) {
-    for (auto& word : words) word = static_cast<std::uint32_t>(random());
-    Send(m_nPort, std::as_bytes(std::span(words)).first(i % 2 == 0 ? 20 : random() % 33));
-  }
-  ASSERT_TRUE(Eventually([&] {
-    Send({.x = 0, .y = 0, .z = 7, .zr = 7, .b = 7});
-    return Reports().back().z == 7;
-  }));
-  EndProgram();
+  for (const std::size_t nSize : {0U, 19U, 21U, 65507U}) Send(std::span(bytes).first(nSize));
+  for (int i = 0; i < 2; ++i) Send({.x = 150, .y = -150, .z = 75, .zr = 149, .b = -2147483647});
+  ASSERT_TRUE(WindowAppears("^Quillorbit$"));
+  ASSERT_TRUE(WindowAppears(sNoSignal));
+  auto reports = Reports();
+  reports.erase(reports.begin(), reports.begin() + static_cast<long>(nBefore));
+  EXPECT_THAT(reports, testing::ElementsAre(JoystickReport{75, -75, 75, 149, -2147483647},
+                                            JoystickReport{112, -112, 75, 149, -2147483647},
+                                            JoystickReport{75, 75, 75, 75, 0}));
 }
 
-TEST_F(ProgramTest, WithoutADriverItSaysSoAndEnds) {
+TEST_F(ProgramTest, WithoutAJoystickOrADisplayItSaysSo) {
   StartProgram();
   Answer("^Virtual Joystick Error$", "Return");
   EXPECT_EQ(m_process->Wait(), 0);
-  EXPECT_THAT(m_process->Errors(), testing::HasSubstr("uinput"));
-  EXPECT_THAT(m_process->Errors(), testing::HasSubstr("vJoyQuillorbit"));
+  EXPECT_THAT(m_process->Errors(), AllOf(HasSubstr("uinput"), HasSubstr("vJoyQuillorbit")));
+  StartProgram({"env", "-u", "DISPLAY", "-u", "WAYLAND_DISPLAY"});
+  EXPECT_EQ(m_process->Wait(), 1);
+  EXPECT_THAT(m_process->Errors(), HasSubstr("no display"));
 }
 
-TEST_F(ProgramTest, DriverInUseIsNoDriver) {
+TEST_F(ProgramTest, SecondCopyBringsTheWindowBackFromWhereverItIs) {
   StartAll();
-  const auto other = m_folder / "other";
-  std::filesystem::copy_file(m_program, other);  // another program file: no second copy of this one
-  ChildProcess second(m_folder, other, {});
-  Answer("^Virtual Joystick Error$", "Return");
-  EXPECT_EQ(second.Wait(), 0);
-  EndProgram();
-}
-
-/// The box has the title that the main window has while there is a signal.
-struct CloseTest : ProgramTest {
-  void StartAndClose() {
-    StartAll();
-    ASSERT_TRUE(WindowAppears("^Quillorbit - No signal$"));
-    AskToClose();
-  }
-  /// Whether datagrams still drive the joystick though no window is there.
-  void ExpectHiddenAndAlive() {
+  const ChildProcess cover(m_folder, "display", {"-title", "Cover", "-size", "900x700", "xc:grey"});
+  Press("^Cover$", "Shift_L");
+  StartSecondCopy();
+  for (const char* sAnswer : {"", "Right Return", "Escape"}) {
+    if (sAnswer == std::string()) {
+      Minimise();
+    } else {
+      AskToClose();
+      Answer(sQuestion, sAnswer);
+    }
     ASSERT_TRUE(Eventually([] { return !HasWindow("Quillorbit"); }));
-    const std::size_t nBefore = Reports().size();
-    Send({.z = 42});
-    ASSERT_TRUE(Eventually([&] { return Reports().size() > nBefore; }));
-    EXPECT_EQ(Reports()[nBefore].z, 42);
+    EXPECT_TRUE(Listens());
     EXPECT_FALSE(HasWindow("Quillorbit"));
+    StartSecondCopy();
   }
-};
-
-TEST_F(CloseTest, NoHides) {
-  StartAndClose();
-  Answer("^Quillorbit$", "Right Return");  // from Yes to No
-  ExpectHiddenAndAlive();
-  EndProgram();
-}
-
-TEST_F(CloseTest, EscapeIsNo) {
-  StartAndClose();
-  Answer("^Quillorbit$", "Escape");
-  ExpectHiddenAndAlive();
-  EndProgram();
-}
-
-TEST_F(CloseTest, YesEnds) {
-  StartAndClose();
-  Answer("^Quillorbit$", "Return");
+  AskToClose();
+  Answer(sQuestion, "Return");
   EXPECT_EQ(m_process->Wait(), 0);
 }
 
-TEST_F(CloseTest, MinimisingHides) {
+TEST_F(ProgramTest, PanelTakesWhatIsGoodAndSavesIt) {
   StartAll();
-  Minimise();
-  ExpectHiddenAndAlive();
+  const auto enter = [](const std::string& sPort, const std::string& sKey) {
+    Press(sMainWindow, "ctrl+a " + std::regex_replace(sPort, std::regex("."), "$& ") + sKey);
+  };
+  const std::string sProfile = ReadFile(m_profile);
+  const PortHolder held;
+  for (const std::string& sPort :
+       {std::string("abc"), std::string("65536"), std::to_string(held.nPort)})
+    enter(sPort, "Tab");  // each time the focus stays, and the old port comes back
+  EXPECT_EQ(ReadFile(m_profile), sProfile);
+  Press(sMainWindow, "Return");
+  EXPECT_TRUE(ProfileContains("<port>" + std::to_string(m_nPort) + "<"));
+  EXPECT_TRUE(Listens());
+
+  m_nPort = PortHolder().nPort;
+  enter(std::to_string(m_nPort), "Return");
+  EXPECT_TRUE(Listens());
+  Press(sMainWindow, "Tab Left Left Tab space");
+  EXPECT_TRUE(
+      ProfileContains("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<quillorbit_profile>\n  <port>" +
+                      std::to_string(m_nPort) +
+                      "</port>\n  <samples>28</samples>\n  <debug>1</debug>\n  <msg0>Could"));
+}
+
+TEST_F(ProgramTest, DriverThatHangsOrDiesCostsItsReportsOnly) {
+  StartAll();
+  EXPECT_TRUE(Listens());
+  const auto sendMany = [&] {
+    for (int i = 0; i < 5000; ++i) Send({.z = 2});
+    EXPECT_TRUE(WindowAppears(sNoSignal));  // nothing waits for the driver
+  };
+  m_driver->Signal(SIGSTOP);
+  sendMany();
+  m_driver->Signal(SIGCONT);
+  EXPECT_TRUE(Listens());
+  m_driver->Signal(SIGKILL);
+  EXPECT_EQ(m_driver->Wait(), 128 + SIGKILL);
+  sendMany();
+}
+
+TEST_F(ProgramTest, BrokenProfileIsLeftAloneAndThePortInUseIsReported) {
+  const PortHolder held(5000);  // the port where there is no profile
+  WriteProfile(ReadFile(m_profile).substr(0, 40));
+  StartDriver();
+  StartProgram();
+  Answer("^Server bind problem$", "Return");
+  EXPECT_TRUE(WindowAppears(sMainWindow));
   EndProgram();
+  EXPECT_EQ(ReadFile(m_profile).size(), 40U);
 }
 
 }  // namespace

@@ -1,95 +1,65 @@
 #include "e2e/screen.h"
 
-#include <algorithm>
-#include <memory>
 #include <span>
-#include <string_view>
 
 #include "platform/linux/desktop/x11.h"
 
 namespace quillorbit::test {
 namespace {
 
-using linux_adapter::x11::Reply;
+using namespace linux_adapter::x11;
 
-template <class Answer>
-Reply<Answer> Own(Answer* pReply) {
-  return Reply<Answer>(pReply);
-}
+/// A connection of its own. A window that goes meanwhile has no answers.
+struct Display {
+  ~Display() { xcb_disconnect(x); }
 
-/// A connection of its own. A window that goes meanwhile has no replies.
-class Display {
- public:
-  [[nodiscard]] xcb_connection_t* Get() const { return m_connection.get(); }
-
-  /// All questions about the windows of a depth are on their way before the first answer is read.
-  void AddVisible(xcb_window_t parent, std::vector<ScreenWindow>& windows) const {
-    const auto tree = Own(xcb_query_tree_reply(Get(), xcb_query_tree(Get(), parent), nullptr));
-    if (!tree) return;
-    const std::span children(xcb_query_tree_children(tree.get()), tree->children_len);
-    std::vector<xcb_get_window_attributes_cookie_t> questions;
-    for (const xcb_window_t child : children)
-      questions.push_back(xcb_get_window_attributes(Get(), child));
-    std::vector<xcb_window_t> visible;
-    for (std::size_t i = 0; i < children.size(); ++i) {
-      const auto attributes = Own(xcb_get_window_attributes_reply(Get(), questions[i], nullptr));
-      if (attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE)
-        visible.push_back(children[i]);
-    }
-    for (const xcb_window_t child : visible) {
-      AddTitled(child, windows);
-      AddVisible(child, windows);
-    }
-  }
-
-  [[nodiscard]] xcb_window_t Root() const {
-    return xcb_setup_roots_iterator(xcb_get_setup(Get())).data->root;
-  }
-
- private:
-  void AddTitled(xcb_window_t window, std::vector<ScreenWindow>& windows) const {
-    std::string sTitle = Property(window, m_netWmName);
-    if (sTitle.empty()) sTitle = Property(window, XCB_ATOM_WM_NAME);
-    if (sTitle.empty()) return;
-    const auto size = Own(xcb_get_geometry_reply(Get(), xcb_get_geometry(Get(), window), nullptr));
-    const auto place = Own(xcb_translate_coordinates_reply(
-        Get(), xcb_translate_coordinates(Get(), window, Root(), 0, 0), nullptr));
-    if (!size || !place) return;
-    if (place->dst_x + size->width <= 0 || place->dst_y + size->height <= 0) return;  // parked
-    windows.push_back(
-        {window, sTitle, Type(window), place->dst_x, place->dst_y, size->width, size->height});
+  template <class Answer, class Cookie>
+  Reply<Answer> Ask(Answer* (*reply)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
+                    Cookie cookie) const {
+    return Reply<Answer>(reply(x, cookie, nullptr));
   }
 
   [[nodiscard]] xcb_atom_t Atom(std::string_view sName) const {
-    const auto reply = Own(xcb_intern_atom_reply(
-        Get(), xcb_intern_atom(Get(), 0, static_cast<std::uint16_t>(sName.size()), sName.data()),
-        nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    const auto nLength = static_cast<std::uint16_t>(sName.size());
+    return Ask(xcb_intern_atom_reply, xcb_intern_atom(x, 0, nLength, sName.data()))->atom;
   }
-
   [[nodiscard]] std::string Property(xcb_window_t window, xcb_atom_t name) const {
-    const auto reply = Own(xcb_get_property_reply(
-        Get(), xcb_get_property(Get(), 0, window, name, XCB_ATOM_ANY, 0, 256), nullptr));
+    const auto reply = Ask(xcb_get_property_reply, xcb_get_property(x, 0, window, name, 0, 0, 256));
     if (!reply) return {};
     return {static_cast<const char*>(xcb_get_property_value(reply.get())),
             static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
   }
 
   [[nodiscard]] std::string Type(xcb_window_t window) const {
-    const std::string sAtoms = Property(window, m_windowType);
-    xcb_atom_t first = XCB_ATOM_NONE;
-    if (sAtoms.size() < sizeof first) return {};
-    std::copy_n(sAtoms.data(), sizeof first, reinterpret_cast<char*>(&first));
-    const auto name = Own(xcb_get_atom_name_reply(Get(), xcb_get_atom_name(Get(), first), nullptr));
-    if (!name) return {};
-    return {xcb_get_atom_name_name(name.get()),
-            static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get()))};
+    const std::string sAtoms = Property(window, Atom("_NET_WM_WINDOW_TYPE"));
+    if (sAtoms.size() < sizeof(xcb_atom_t)) return {};
+    const auto first = *reinterpret_cast<const xcb_atom_t*>(sAtoms.data());
+    const auto name = Ask(xcb_get_atom_name_reply, xcb_get_atom_name(x, first));
+    return {xcb_get_atom_name_name(name.get()), name->name_len};
   }
 
-  std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t*)> m_connection{
-      xcb_connect(nullptr, nullptr), &xcb_disconnect};
-  xcb_atom_t m_netWmName = Atom("_NET_WM_NAME");
-  xcb_atom_t m_windowType = Atom("_NET_WM_WINDOW_TYPE");
+  /// Adds the window, if it is visible and has a title, and those inside it.
+  void Add(xcb_window_t window, std::vector<ScreenWindow>& windows) const {
+    const auto state = Ask(xcb_get_window_attributes_reply, xcb_get_window_attributes(x, window));
+    if (!state || state->map_state != XCB_MAP_STATE_VIEWABLE) return;
+    std::string sTitle = Property(window, Atom("_NET_WM_NAME"));
+    if (sTitle.empty()) sTitle = Property(window, XCB_ATOM_WM_NAME);
+    const auto size = Ask(xcb_get_geometry_reply, xcb_get_geometry(x, window));
+    const auto place =
+        Ask(xcb_translate_coordinates_reply, xcb_translate_coordinates(x, window, root, 0, 0));
+    const auto tree = Ask(xcb_query_tree_reply, xcb_query_tree(x, window));
+    if (!size || !place || !tree) return;
+    const bool bParked = place->dst_x + size->width <= 0 || place->dst_y + size->height <= 0;
+    if (!sTitle.empty() && !bParked)
+      windows.push_back(
+          {window, sTitle, Type(window), place->dst_x, place->dst_y, size->width, size->height});
+    for (const xcb_window_t child :
+         std::span(xcb_query_tree_children(tree.get()), tree->children_len))
+      Add(child, windows);
+  }
+
+  xcb_connection_t* const x = xcb_connect(nullptr, nullptr);
+  const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(x)).data->root;
 };
 
 }  // namespace
@@ -97,20 +67,17 @@ class Display {
 std::vector<ScreenWindow> WindowsOnScreen() {
   const Display display;
   std::vector<ScreenWindow> windows;
-  if (xcb_connection_has_error(display.Get()) == 0) display.AddVisible(display.Root(), windows);
+  display.Add(display.root, windows);
   return windows;
 }
 
 std::string Picture(const ScreenWindow& window, int nFirstRow, int nEndRow) {
   const Display display;
-  const auto nWidth = static_cast<std::uint16_t>(window.nWidth);
-  const auto nHeight = static_cast<std::uint16_t>(nEndRow - nFirstRow);
-  const auto nTop = static_cast<std::int16_t>(nFirstRow);
-  const auto image =
-      Own(xcb_get_image_reply(display.Get(),
-                              xcb_get_image(display.Get(), XCB_IMAGE_FORMAT_Z_PIXMAP, window.nId, 0,
-                                            nTop, nWidth, nHeight, ~0U),
-                              nullptr));
+  const auto image = display.Ask(
+      xcb_get_image_reply,
+      xcb_get_image(display.x, XCB_IMAGE_FORMAT_Z_PIXMAP, window.nId, 0,
+                    static_cast<std::int16_t>(nFirstRow), static_cast<std::uint16_t>(window.nWidth),
+                    static_cast<std::uint16_t>(nEndRow - nFirstRow), ~0U));
   if (!image) return {};
   return {reinterpret_cast<const char*>(xcb_get_image_data(image.get())),
           static_cast<std::size_t>(xcb_get_image_data_length(image.get()))};

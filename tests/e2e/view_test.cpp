@@ -1,5 +1,3 @@
-#include <filesystem>
-#include <gmock/gmock.h>
 #include <thread>
 
 #include "e2e/desktop.h"
@@ -9,115 +7,83 @@ namespace quillorbit::test {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::HasSubstr;
 
 /// A desktop where the model lies beside the program.
 struct ViewTest : Desktop {
-  static constexpr int nPanelHeight = 40;  // at least; pixels below the view
-
   ViewTest() {
     for (const char* sFile :
          {"testPlane.x", "phone-back.png", "phone-edges.png", "phone-front.png"})
       fs::copy_file(fs::path(QUILLORBIT_RESOURCES) / sFile, m_folder / sFile);
   }
-
-  /// What part of the view is how coloured. The phone's screen is blue in white light.
-  struct Colours {
-    double dBlue = 0, dRed = 0, dBlack = 0, dLight = 0;
-  };
-  static Colours View() {
-    Colours colours;
+  /// How much of the view, from 0 to 1, has such a colour.
+  static double Part(const std::function<bool(int nRed, int nGreen, int nBlue)>& isSuch) {
+    constexpr int nPanelHeight = 40;
+    double dPart = 0;
     for (const ScreenWindow& window : WindowsOnScreen()) {
       if (!window.sTitle.starts_with("Quillorbit")) continue;
       const std::string sPixels = Picture(window, 0, window.nHeight - nPanelHeight);
-      const double dOne = 4.0 / static_cast<double>(sPixels.size());
-      for (std::size_t i = 0; i + 4 <= sPixels.size(); i += 4) {
-        const auto part = [&](std::size_t k) { return static_cast<unsigned char>(sPixels[i + k]); };
-        const int nBlue = part(0), nGreen = part(1), nRed = part(2);
-        if (nBlue > nRed + 30) colours.dBlue += dOne;
-        if (nRed > nBlue + 60 && nRed > nGreen + 60) colours.dRed += dOne;
-        if (nRed + nGreen + nBlue == 0) colours.dBlack += dOne;
-        if (nRed > 200 && nGreen > 200 && nBlue > 200) colours.dLight += dOne;
-      }
+      const auto* pPixel = reinterpret_cast<const unsigned char*>(sPixels.data());
+      for (std::size_t i = 0; i + 4 <= sPixels.size(); i += 4, pPixel += 4)
+        if (isSuch(pPixel[2], pPixel[1], pPixel[0]))
+          dPart += 4.0 / static_cast<double>(sPixels.size());
     }
-    return colours;
+    return dPart;
   }
-  static bool ShowsSignal() { return View().dBlue > 0.1 && View().dRed == 0; }
-  static bool ShowsNoSignal() { return View().dRed > 0.1 && View().dBlue == 0; }
-  static bool ShowsText() { return View().dLight > 0.7; }
-
-  void ExpectTextAndReports(const std::string& sReason,
-                            const std::vector<std::string>& through = {}) {
-    StartDriver();
-    StartProgram(through);
-    ASSERT_TRUE(WindowAppears(sMainWindow)) << m_process->Errors();
-    EXPECT_TRUE(Eventually(ShowsText));
-    EXPECT_THAT(m_process->Errors(), HasSubstr("quillorbit: " + sReason));
-    EXPECT_TRUE(Eventually([&] {
-      Send({.x = 0, .y = 0, .z = 42, .zr = 0, .b = 0});
-      return !Reports().empty() && Reports().back().z == 42;
-    }));
-    EndProgram();
-    m_driver.reset();
-    fs::remove(m_folder / "vJoyQuillorbit");
+  static double Red() {
+    return Part([](int r, int g, int b) { return r > b + 60 && r > g + 60; });
+  }
+  static double Blue() {
+    return Part([](int r, int, int b) { return b > r + 30; });
+  }
+  static bool ShowsSignal() { return Blue() > 0.1 && Red() == 0; }  // the phone's screen is blue
+  static bool ShowsNoSignal() { return Red() > 0.1 && Blue() == 0; }
+  static bool ShowsText() {
+    return Part([](int r, int g, int b) { return r + g + b > 600; }) > 0.7;
   }
 };
 
 TEST_F(ViewTest, PhoneIsWhiteWithASignalRedWithoutAndComesBackAsItWas) {
   StartAll();
   ASSERT_TRUE(Eventually(ShowsNoSignal));
-  EXPECT_GT(View().dBlack, 0.4);
-  const auto send = [&] { Send({.x = 75, .y = 75, .z = 75, .zr = 75, .b = 0}); };
+  EXPECT_GT(Part([](int r, int g, int b) { return r + g + b == 0; }), 0.4);
   EXPECT_TRUE(Eventually([&] {
-    send();
+    Send({.x = 75, .y = 75, .z = 75, .zr = 75, .b = 0});
     return ShowsSignal();
   }));
   EXPECT_TRUE(Eventually(ShowsNoSignal));
-
   Minimise();
   ASSERT_TRUE(Eventually([] { return !HasWindow("Quillorbit"); }));
-  ChildProcess second(m_folder, m_program, {});  // brings the first to the front
-  EXPECT_EQ(second.Wait(), 0);
+  // A copy that is called as the window's title is must not take its own window for the first's.
+  fs::create_hard_link(m_program, m_folder / "Quillorbit");
+  m_program = m_folder / "Quillorbit";
+  StartSecondCopy();
   EXPECT_TRUE(Eventually(ShowsNoSignal));
-  EndProgram();
 }
 
 TEST_F(ViewTest, BurstsAreReportedWholeAndInOrderWhileTheViewDraws) {
   StartAll();
   ASSERT_TRUE(Eventually(ShowsNoSignal));
-  const std::size_t nBefore = Reports().size();
-  constexpr int nBursts = 10, nEach = 100;
-  for (int i = 0; i < nBursts * nEach; ++i) {
-    Send({.x = i % 151, .y = 75, .z = 75, .zr = 75, .b = i + 1});
-    if (i % nEach == nEach - 1) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  const auto received = [&] {
+    auto reports = Reports();
+    std::erase_if(reports, [](const JoystickReport& report) { return report.b == 0; });  // centred
+    return reports;
+  };
+  for (std::size_t i = 1; i <= 5000; ++i) {
+    Send({.x = static_cast<int>(i % 151), .y = 75, .z = 75, .zr = 75, .b = static_cast<int>(i)});
+    if (i % 100 != 0) continue;
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // 1000 a second at the most
+    ASSERT_TRUE(Eventually([&] { return received().size() == i; }));
   }
-  ASSERT_TRUE(Eventually([&] { return Reports().size() >= nBefore + nBursts * nEach; }));
-  const auto reports = Reports();
-  for (int i = 0; i < nBursts * nEach; ++i)
-    ASSERT_EQ(reports[nBefore + static_cast<std::size_t>(i)].b, i + 1);
-  EndProgram();
+  const auto reports = received();
+  for (std::size_t i = 1; i <= 5000; ++i) ASSERT_EQ(reports[i - 1].b, static_cast<int>(i));
 }
 
-TEST_F(ViewTest, WhateverIsMissingOrBrokenTheValuesAreShownAsText) {
-  {
-    SCOPED_TRACE("no driver");
-    ExpectTextAndReports("OpenGL: ",
-                         {"env", "LIBGL_DRIVERS_PATH=" + (m_folder / "nowhere").string()});
-  }
-  const auto withFile = [&](const char* sFile, const std::string& sContent) {
-    SCOPED_TRACE(std::string(sFile) + (sContent.empty() ? " missing" : " broken"));
-    const fs::path file = m_folder / sFile;
-    fs::remove(file);
-    if (!sContent.empty()) WriteTo(file, sContent);
-    ExpectTextAndReports(file.string() + ": ");
-    fs::remove(file);
-    fs::copy_file(fs::path(QUILLORBIT_RESOURCES) / sFile, file);
-  };
-  const std::string sModel = ReadFile(m_folder / "testPlane.x");
-  withFile("testPlane.x", "");
-  withFile("testPlane.x", sModel.substr(0, sModel.size() / 2));
-  withFile("phone-back.png", "");
-  withFile("phone-back.png", ReadFile(m_folder / "phone-back.png").substr(0, 500));
+TEST_F(ViewTest, TextStandsInForThePictureWithoutOpenGL) {
+  StartDriver();
+  StartProgram({"env", "LIBGL_DRIVERS_PATH=" + (m_folder / "nowhere").string()});
+  EXPECT_TRUE(Eventually(ShowsText));
+  EXPECT_THAT(m_process->Errors(), testing::HasSubstr("quillorbit: OpenGL: "));
+  EXPECT_TRUE(Listens());
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -17,6 +17,7 @@ namespace quillorbit::linux_tests {
 
 using test::ReadFile;
 using test::TemporaryFolder;
+using test::WriteFile;
 
 /// A temporary folder that is the runtime folder meanwhile.
 class TemporaryRuntimeFolder : public TemporaryFolder {
@@ -36,17 +37,11 @@ class AsNobody {
   }
 };
 
-inline void WriteFile(const std::filesystem::path& path, std::string_view sContent) {
-  std::ofstream(path, std::ios::binary) << sContent;
-}
-
 /// Runs the event loop until the condition holds; false when it does not within two seconds.
 template <class Condition>
 [[nodiscard]] bool WaitUntil(Condition condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-  while (!condition() && std::chrono::steady_clock::now() < end)
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-  return condition();
+  return test::Eventually(condition, std::chrono::seconds(2),
+                          [] { QCoreApplication::processEvents(QEventLoop::AllEvents, 10); });
 }
 
 /// Gives every event that is there its turn.

@@ -13,26 +13,25 @@
 
 namespace quillorbit::test {
 
-bool Eventually(const std::function<bool()>& condition, std::chrono::seconds limit) {
+bool Eventually(const std::function<bool()>& condition, std::chrono::seconds limit,
+                const std::function<void()>& pause) {
   const auto deadline = std::chrono::steady_clock::now() + limit;
   while (!condition()) {
     if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    pause ? pause() : std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
   return true;
 }
 
 std::string ReadFile(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
   std::ostringstream text;
-  text << stream.rdbuf();
+  text << std::ifstream(file, std::ios::binary).rdbuf();
   return std::move(text).str();
 }
 
-std::string FullDisk() {
-  if (!std::filesystem::is_character_file("/dev/full"))
-    throw std::runtime_error("/dev/full is no device here");
-  return "/dev/full";
+void WriteFile(const std::filesystem::path& file, std::string_view sContent) {
+  if (!(std::ofstream(file, std::ios::binary) << sContent << std::flush))
+    throw std::runtime_error("cannot write " + file.string());
 }
 
 TemporaryFolder::TemporaryFolder() {
@@ -49,13 +48,11 @@ TemporaryFolder::~TemporaryFolder() {
 ChildProcess::ChildProcess(const TemporaryFolder& folder, const std::string& sProgram,
                            const std::vector<std::string>& arguments, int standardOutput) {
   static int nChildren = 0;
-  const std::string sName = "child" + std::to_string(++nChildren);
-  m_output = folder / (sName + ".out");
-  m_errors = folder / (sName + ".err");
-  std::vector<std::string> texts{sProgram};
-  texts.insert(texts.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (std::string& sText : texts) argv.push_back(sText.data());
+  const std::string sNumber = std::to_string(++nChildren);
+  m_output = folder / ("output" + sNumber);
+  m_errors = folder / ("errors" + sNumber);
+  std::vector<const char*> argv{sProgram.c_str()};
+  for (const std::string& sArgument : arguments) argv.push_back(sArgument.c_str());
   argv.push_back(nullptr);
 
   m_pid = fork();
@@ -66,7 +63,7 @@ ChildProcess::ChildProcess(const TemporaryFolder& folder, const std::string& sPr
   dup2(standardOutput, STDOUT_FILENO);
   dup2(open(m_errors.c_str(), flags, 0600), STDERR_FILENO);
   setenv("XDG_RUNTIME_DIR", folder.Path().c_str(), 1);
-  execvp(sProgram.c_str(), argv.data());
+  execvp(sProgram.c_str(), const_cast<char* const*>(argv.data()));
   _exit(127);
 }
 
