@@ -48,8 +48,7 @@ class Form : public Container {
   [[nodiscard]] virtual std::string Caption() const = 0;
   virtual void Caption(std::string_view sCaption) = 0;
   [[nodiscard]] virtual bool Visible() const = 0;
-  /// Not modal. A hidden form comes to the front and gets the focus; one that is visible already is
-  /// not activated again.
+  /// Not modal. The form comes to the front and gets the focus, also when it is visible already.
   virtual void Show() = 0;
   virtual void Hide() = 0;
   [[nodiscard]] virtual platform::WindowState WindowState() const = 0;
