@@ -47,11 +47,11 @@ void TrayDesktop::StartTray(Tray eTray) {
 }
 
 void TrayDesktop::StartBus() {
-  WriteTo(m_folder / "bus.conf",
-          "<busconfig><type>session</type><auth>EXTERNAL</auth><listen>" + m_sBusAddress +
-              "</listen>"
-              "<policy context=\"default\"><allow send_destination=\"*\"/>"
-              "<allow receive_sender=\"*\"/><allow own=\"*\"/></policy></busconfig>");
+  WriteFile(m_folder / "bus.conf",
+            "<busconfig><type>session</type><auth>EXTERNAL</auth><listen>" + m_sBusAddress +
+                "</listen>"
+                "<policy context=\"default\"><allow send_destination=\"*\"/>"
+                "<allow receive_sender=\"*\"/><allow own=\"*\"/></policy></busconfig>");
   m_bus = std::make_unique<ChildProcess>(
       m_folder, "dbus-daemon",
       std::vector<std::string>{"--config-file=" + (m_folder / "bus.conf").string(), "--nofork",
