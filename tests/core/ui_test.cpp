@@ -19,26 +19,10 @@ struct LayoutTest : testing::Test {
 };
 
 TEST_F(LayoutTest, ControlsStandAsDesigned) {
-  EXPECT_EQ(p.Window().Caption(), "Quillorbit");
-  EXPECT_FALSE(p.Window().bVisible);
-  EXPECT_EQ(p.Window().ScaleWidth(), 9510);
-  EXPECT_EQ(p.Window().ScaleHeight(), 6720);
   EXPECT_EQ(p.tmrCheck2().iInterval, 1000);
-  EXPECT_TRUE(p.tmrCheck2().bEnabled);
   EXPECT_FALSE(p.tmrCheck().bEnabled);
-
-  auto& byIndex = p.toolkit.registry.byTabIndex;  // 0 to 38, one for each control
-  EXPECT_EQ(byIndex.size(), 39U);
-  EXPECT_EQ(p.toolkit.registry.byName.size(), 39U);
-  EXPECT_EQ(byIndex[3] + byIndex[18], "lblButton0lblButton15");
-  EXPECT_EQ(byIndex[20] + byIndex[22] + byIndex[23], "txtServerPortsldFilterchkDebug");
-  EXPECT_EQ(byIndex.rbegin()->first, 38);
-
-  auto& lamp = p.Get<fakes::FakeLabel>("lblButton15");
-  EXPECT_EQ(lamp.fLeft, 1080 + 285 * 15);
-  EXPECT_EQ(lamp.backColor, 0xFFU);
-  EXPECT_EQ(p.Caption("lblDXError"), "DirectX not detected");
-  EXPECT_EQ(p.Get<fakes::FakeLabel>("lblButtons").fTop, 4230);
+  EXPECT_EQ(Left("lblButton15"), 1080 + 285 * 15);
+  EXPECT_EQ(p.toolkit.registry.byTabIndex.size(), 39U);  // one of its own for each control
 }
 
 TEST_F(LayoutTest, SliderTakesTheWidthThatTheRowLeaves) {
@@ -62,12 +46,6 @@ TEST_F(LayoutTest, SliderTakesTheWidthThatTheRowLeaves) {
   ResizePanel(8000);
   EXPECT_EQ(slider.fWidth, 915);
   EXPECT_EQ(Left("lblStatic0"), (8000 - (8475 + 915 - 120)) / 2.0F);
-
-  p.Take();
-  p.log.FailAt(2);  // the first label's move, after the slider's width
-  ResizePanel(9510);
-  EXPECT_EQ(p.Take().size(), 23U);
-  EXPECT_EQ(Right("chkDebug"), 9510);
 }
 
 TEST_F(LayoutTest, SurfaceFillsWhatThePanelLeavesAndMinimisingHides) {
@@ -76,8 +54,6 @@ TEST_F(LayoutTest, SurfaceFillsWhatThePanelLeavesAndMinimisingHides) {
   window.fScaleHeight = 9000;
   window.Resize();
   EXPECT_EQ(p.Take(), Lines{"picSurface.Move 0, 0, 15000, 8595"});
-  window.fScaleHeight = 300;  // lower than the panel: refused
-  window.Resize();
   window.eState = platform::WindowState::Minimized;
   window.Resize();
   EXPECT_EQ(p.Take(), Lines{"frmMain.Hide"});
@@ -85,10 +61,6 @@ TEST_F(LayoutTest, SurfaceFillsWhatThePanelLeavesAndMinimisingHides) {
 
 struct PanelTest : testing::Test {
   PanelTest() { p.Start(); }
-  Lines Restored(const std::string& sPort) {
-    return {"txtServerPort.Text " + sPort, "txtServerPort.SelStart 0",
-            "txtServerPort.SelLength " + std::to_string(sPort.size()), "Beep"};
-  }
   Program p;
   fakes::FakeTextBox& txtServerPort = p.Get<fakes::FakeTextBox>("txtServerPort");
   const Lines save = {"xml.loadXML the stylesheet", "xml.transformNode",
@@ -96,47 +68,31 @@ struct PanelTest : testing::Test {
 };
 
 TEST_F(PanelTest, GoodPortIsBoundAndSaved) {
-  EXPECT_TRUE(txtServerPort.Leave("6000"));
-  EXPECT_EQ(p.Take(), Lines({"sckUDP.Close", "sckUDP.Protocol 1", "sckUDP.Bind 6000"}) + save);
-  const std::map<std::string, std::string> others = {
-      {"6000", "6000"}, {"1e3", "1000"}, {"5000.5", "5000"}, {" 7000 ", "7000"}};
-  for (const auto& [sText, sPort] : others) {
-    EXPECT_TRUE(txtServerPort.Leave(sText)) << sText;
-    EXPECT_EQ(std::to_string(p.Socket().lBound), sPort);
-    EXPECT_EQ(p.StoredElement("port"), sPort);
-  }
-}
-
-TEST_F(PanelTest, EnterBindsWithoutLeavingAndOtherKeysDoNothing) {
   txtServerPort.sText = "6000";
-  txtServerPort.KeyPress('6');
+  txtServerPort.KeyPress('0');
   EXPECT_EQ(p.Take(), Lines{});
-  txtServerPort.KeyPress(13);
-  EXPECT_EQ(p.Socket().lBound, 6000);
+  txtServerPort.KeyPress(13);  // Enter
+  EXPECT_EQ(p.Take(), Lines({"sckUDP.Close", "sckUDP.Protocol 1", "sckUDP.Bind 6000"}) + save);
+  EXPECT_TRUE(txtServerPort.Leave(" 7000.5 "));
+  EXPECT_EQ(p.StoredElement("port"), "7000");
 }
 
 TEST_F(PanelTest, TextThatIsNoNumberLeavesTheSocketAlone) {
-  for (const char* sText : {"abc", "", "50 00", "5000x"}) {
+  for (const char* sText : {"", " ", "abc", "50 00", "5000x", "1e", ".", "1.2.3"}) {
     EXPECT_FALSE(txtServerPort.Leave(sText)) << sText;
-    EXPECT_EQ(p.Take(), Restored("5000"));
+    EXPECT_EQ(p.Take(), Calls("txtServerPort.Text 5000; txtServerPort.SelStart 0; "
+                              "txtServerPort.SelLength 4; Beep"));
   }
 }
 
 TEST_F(PanelTest, RefusedPortClosesTheSocketUntilTheNextValidation) {
   p.udpSockets.heldPorts = {6000};
-  for (const char* sText : {"6000", "65536", "1e10"}) {
-    EXPECT_FALSE(txtServerPort.Leave(sText)) << sText;
-    EXPECT_EQ(p.Socket().lBound, 0);
-    EXPECT_EQ(txtServerPort.sText, "5000");
-  }
+  EXPECT_FALSE(txtServerPort.Leave("6000"));
+  EXPECT_EQ(p.Socket().lBound, 0);
+  EXPECT_EQ(txtServerPort.sText, "5000");
   EXPECT_TRUE(p.xml.store.files.empty());
-  EXPECT_TRUE(txtServerPort.Leave(txtServerPort.sText));
+  EXPECT_TRUE(txtServerPort.Leave("5000"));
   EXPECT_EQ(p.Socket().lBound, 5000);
-  p.Take();
-  p.log.FailAt(7);  // xml.save: the port that cannot be saved stays in force
-  EXPECT_FALSE(txtServerPort.Leave("7000"));
-  EXPECT_EQ(p.Socket().lBound, 7000);
-  EXPECT_EQ(txtServerPort.sText, "7000");
 }
 
 TEST_F(PanelTest, SliderTunesBothFiltersAndSaves) {
@@ -152,13 +108,6 @@ TEST_F(PanelTest, SliderTunesBothFiltersAndSaves) {
   p.Take();
   p.Arrive({.x = 40, .y = 80});
   EXPECT_EQ(p.Take().at(0), Report("19 00 32 00 00 00 00 00 00 00 00 00"));  // half of the rest
-}
-
-TEST_F(PanelTest, CheckBoxSwitchesTheStatisticsAndSaves) {
-  for (const int iTicked : {1, 0}) {
-    p.Get<fakes::FakeCheckBox>("chkDebug").Tick(iTicked);
-    EXPECT_EQ(p.StoredElement("debug"), std::to_string(iTicked));
-  }
 }
 
 }  // namespace
