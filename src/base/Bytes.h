@@ -15,7 +15,7 @@ constexpr void StoreLittleEndian(std::span<std::byte> bytes, Int value) {
     bytes[i] = static_cast<std::byte>(static_cast<std::make_unsigned_t<Int>>(value) >> (8 * i));
 }
 
-/// Loads an integer that stands least significant byte first at the beginning of `bytes`.
+/// Loads an integer, least significant byte first, from the beginning of `bytes`.
 template <std::integral Int>
 [[nodiscard]] constexpr Int LoadLittleEndian(std::span<const std::byte> bytes) {
   std::uint64_t value = 0;

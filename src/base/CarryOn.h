@@ -6,7 +6,7 @@
 namespace quillorbit {
 
 /// Runs the steps of a sequence one at a time. When a step throws, the rest of that step is
-/// skipped, `onFailure` is called, and the sequence goes on with its next step.
+/// skipped, `onFailure` is called, and the sequence continues with its next step.
 ///
 ///     const CarryOn step([this] { ReportFailure(); });
 ///     step([this] { FirstThing(); });

@@ -14,7 +14,7 @@ namespace quillorbit {
 /// The program's settings and user-visible texts, and the profile file that keeps them.
 ///
 /// The profile is XML with the root "quillorbit_profile" and the elements "port", "samples",
-/// "debug" and "msg0" to "msg12", in this order. By default it stands beside the program file and
+/// "debug" and "msg0" to "msg12", in this order. By default it lies beside the program file and
 /// has its name, with the extension ".setup".
 class CSetup {
  public:

@@ -13,7 +13,7 @@
 namespace quillorbit::d3dx8 {
 namespace {
 
-/// The helper object: each operation is in the header of its matter.
+/// The helper object: each operation is implemented in a header of its own.
 class Helper final : public platform::D3DX8 {
  public:
   Helper(platform::Fonts& fonts, Report report) : m_fonts(fonts), m_report(std::move(report)) {}

@@ -36,7 +36,7 @@ class MaterialBuffer : public D3DXBuffer {
   MaterialPointers m_materials;
 };
 
-/// Where a subset's triangles stand in the index buffer, and what they use of the vertices.
+/// Where a subset's triangles are in the index buffer, and which range of the vertices they use.
 struct Subset {
   std::uint32_t nFirstTriangle = 0, nTriangles = 0;
   std::uint32_t nMinVertex = 0xFFFFFFFF, nMaxVertex = 0;

@@ -16,7 +16,7 @@ using platform::D3DVECTOR;
 constexpr std::size_t nVertexLimit = 1 << 20;
 constexpr std::uint32_t iNone = 0xFFFFFFFF;
 
-/// For each vector the index of the one that stands for all that are equal to it.
+/// For each vector the index of the first one that equals it.
 std::vector<std::uint32_t> Representatives(const std::vector<D3DVECTOR>& vectors) {
   struct Entry {
     [[nodiscard]] auto Key() const { return std::tie(v.x, v.y, v.z); }

@@ -41,7 +41,7 @@ struct XMesh {
   std::vector<std::uint32_t> faceMaterials;  ///< one for each face unless there are no materials
 };
 
-/// A mesh where it stands.
+/// A mesh in its place in the model.
 struct XPart {
   std::shared_ptr<const XMesh> mesh;
   std::optional<platform::D3DMATRIX> transform;  ///< none outside of all transformed frames

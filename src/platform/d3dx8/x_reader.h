@@ -18,8 +18,8 @@ class XReader {
   explicit XReader(XTokens& tokens)
       : m_tokens(tokens), m_objects(tokens), m_meshReader(tokens, m_objects) {}
 
-  /// The meshes in the order in which they stand in the file, in frames and outside. One that a
-  /// frame refers to stands in that frame too. Throws D3DError when the file is damaged, or exceeds
+  /// The meshes in the order in which they are in the file, in frames and outside. One that a
+  /// frame refers to is in that frame too. Throws D3DError when the file is damaged, or exceeds
   /// what a model can sensibly be.
   [[nodiscard]] XModel Read();
 

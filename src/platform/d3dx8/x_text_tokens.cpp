@@ -76,7 +76,7 @@ XToken XTextTokens::ScanWord() {
   return {XToken::Kind::Word, m_text.substr(nBegin, m_nAt - nBegin)};
 }
 
-// A value is a digit at least, and something stands between two of them.
+// A value takes at least one digit and one separator.
 std::size_t XTextTokens::ValuesLeft() const { return (m_text.size() - m_nAt) / 2; }
 
 std::string XTextTokens::Place() const {

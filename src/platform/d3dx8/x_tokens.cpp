@@ -19,7 +19,7 @@ bool Parse(std::string_view text, T& value) {
   return error == std::errc() && pEnd == text.data() + text.size();
 }
 
-/// The beginning of what stands in the file, for a message.
+/// The beginning of a text from the file, for a message.
 std::string Shown(std::string_view text) {
   std::string sShown(text.substr(0, 40));
   for (char& c : sShown)

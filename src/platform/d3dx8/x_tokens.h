@@ -7,8 +7,8 @@
 
 namespace quillorbit::d3dx8 {
 
-/// What both forms of an X file, text and binary, consist of. Separators are not among it: values
-/// are told apart without them, and exporters do not agree where they stand.
+/// What both forms of an X file, text and binary, consist of. Separators are left out: values can
+/// be told apart without them, and exporters do not agree where to put them.
 struct XToken {
   enum class Kind {
     Word,  ///< a name; in a text also a number
@@ -26,8 +26,8 @@ struct XToken {
   double dValue = 0;
 };
 
-/// Reads a file from its first token to its last. Whatever is not as it has to be throws D3DError
-/// with the place in the file.
+/// Reads a file from its first token to its last. Throws D3DError, with the place in the file,
+/// where the file is not as the format demands.
 class XTokens {
  public:
   XTokens() = default;
@@ -56,7 +56,7 @@ class XTokens {
   virtual XToken Scan() = 0;
   /// How many values the rest of the file could hold at most.
   [[nodiscard]] virtual std::size_t ValuesLeft() const = 0;
-  /// Where the token read last stands: "line 3".
+  /// The place of the token that was read last: "line 3".
   [[nodiscard]] virtual std::string Place() const = 0;
 
  private:

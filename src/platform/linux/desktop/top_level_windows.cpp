@@ -18,7 +18,7 @@ namespace {
 
 using platform::WindowHandle;
 
-/// No text is longer, in bytes.
+/// The longest text that is read, in bytes.
 constexpr std::uint32_t nMaxText = 64 * 1024;
 /// A window manager puts a program's window into one or two of its own.
 constexpr int nMaxDepth = 8;
@@ -69,10 +69,10 @@ class LinuxTopLevelWindows::Connection {
   Connection& operator=(const Connection&) = delete;
   ~Connection() { xcb_disconnect(m_pConnection); }
 
-  /// Takes out what came unasked, and finds out whether the server is still there.
+  /// Discards unsolicited events, and detects a broken connection.
   [[nodiscard]] bool IsAlive();
 
-  /// What a program's windows are found in, the topmost first; nothing when the server is gone.
+  /// The root windows' children, the topmost first; none when the server is gone.
   [[nodiscard]] std::optional<std::vector<WindowHandle>> Windows();
   [[nodiscard]] bool Exists(xcb_window_t window) { return Tree(QueryTree(window)) != nullptr; }
   [[nodiscard]] bool IsVisible(xcb_window_t window);
@@ -86,7 +86,7 @@ class LinuxTopLevelWindows::Connection {
   /// A window that the walk meets, and the questions about it.
   struct Visited {
     xcb_window_t window = XCB_WINDOW_NONE;
-    bool bIsPrograms = false;  ///< and not what holds such windows
+    bool bIsPrograms = false;  ///< and not a window manager's frame around one
     xcb_get_property_cookie_t wmClass{};
     xcb_get_property_cookie_t wmState{};
     xcb_query_tree_cookie_t tree{};

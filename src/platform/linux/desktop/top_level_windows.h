@@ -13,11 +13,11 @@ namespace quillorbit::linux_adapter {
 /// have gone never reach the toolkit's.
 ///
 /// ShowWindow and SetForegroundWindow leave a window of any copy of this program to the program
-/// that has it (window_commands.h); those of other programs are mapped, or the window manager
-/// activates them. Either has reached the server on return.
+/// that owns it (window_commands.h). Windows of other programs are mapped, or activated by the
+/// window manager. Both requests have reached the server on return.
 class LinuxTopLevelWindows final : public platform::TopLevelWindows {
  public:
-  /// Gives a window of this program its icon of a kind; 0 takes it away.
+  /// Sets a window's icon of a kind (ICON_SMALL, ICON_BIG); 0 removes it.
   using SetIcon = std::function<void(platform::WindowHandle hwnd, std::uint32_t lKind,
                                      platform::IconHandle hIcon)>;
 
@@ -39,7 +39,7 @@ class LinuxTopLevelWindows final : public platform::TopLevelWindows {
  private:
   class Connection;
 
-  /// Null when there is no server to be had.
+  /// Null when there is no X server.
   [[nodiscard]] Connection* Connected();
 
   SetIcon m_setIcon;

@@ -10,8 +10,8 @@
 namespace quillorbit::linux_adapter {
 
 // How one copy of the program commands another one's windows. A window that its own program did
-// not show stays empty, so the command goes there, as a ClientMessage that names the window and
-// carries the command; windows that take them bear a property of the same name.
+// not show stays empty, so the command is sent to that program, as a ClientMessage that names the
+// window and carries the command. Windows that accept commands have a property of the same name.
 
 inline constexpr std::string_view sWindowCommandsAtom = "_QUILLORBIT_COMMANDS";
 
@@ -25,8 +25,8 @@ void MarkWindow(std::uint32_t window, std::string_view sClass);
 /// Without an X server behind the toolkit it does nothing.
 void ActivateWindow(std::uint32_t window);
 
-/// Takes the commands that come for windows of this program. It is made after the QApplication, and
-/// hands each command on from the event loop, until it is destroyed.
+/// Receives the commands for windows of this program, and passes each on from the event loop. To be
+/// created after the QApplication.
 class WindowCommands final : public QAbstractNativeEventFilter {
  public:
   using Handler = std::function<void(std::uint32_t window, WindowCommand eCommand)>;
@@ -38,7 +38,7 @@ class WindowCommands final : public QAbstractNativeEventFilter {
 
   Handler m_onCommand;
   std::uint32_t m_atom = 0;
-  QObject m_context;  ///< commands that still wait when it goes are dropped
+  QObject m_context;  ///< commands that are pending when it is destroyed are dropped
 };
 
 }  // namespace quillorbit::linux_adapter

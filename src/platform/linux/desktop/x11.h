@@ -14,15 +14,15 @@ namespace quillorbit::linux_adapter::x11 {
 struct Free {
   void operator()(void* pReply) const { std::free(pReply); }
 };
-/// A server's answer; empty when it was an error, or the connection is broken.
+/// A server's reply; null when it was an error, or the connection is broken.
 template <class T>
 using Reply = std::unique_ptr<T, Free>;
 
-/// The toolkit's own connection: what is asked there stands in line with what the toolkit asks.
-/// Null when its display is not an X server.
+/// The toolkit's own connection: requests made on it stay in order with the toolkit's. Null when
+/// its display is not an X server.
 [[nodiscard]] xcb_connection_t* ToolkitConnection();
 
-/// Sends what the toolkit has asked of the server, without waiting for its event loop.
+/// Sends the toolkit's pending requests without waiting for its event loop.
 void Flush();
 
 /// Makes the title of one of the toolkit's windows empty. Without an X server behind the toolkit it
@@ -51,8 +51,8 @@ struct FrameExtents {
   std::uint32_t left, right, top, bottom;
 };
 /// Asks the window manager for the frame that a window of the root will get
-/// (_NET_REQUEST_FRAME_EXTENTS of EWMH). Nothing where it does not tell, or not within a twentieth
-/// of a second.
+/// (_NET_REQUEST_FRAME_EXTENTS of EWMH). Empty when there is no answer within a twentieth of a
+/// second.
 [[nodiscard]] std::optional<FrameExtents> RequestFrameExtents(xcb_connection_t* pConnection,
                                                               xcb_window_t window);
 

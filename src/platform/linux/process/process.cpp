@@ -47,8 +47,7 @@ std::string MutexAddress(std::string_view sName) {
   return sName.empty() ? std::string() : RuntimeFolder().string() + '/' + std::string(sName);
 }
 
-/// A socket with an abstract address of its own, to which nobody can connect; not open when it
-/// cannot be.
+/// A socket that is bound to an abstract address and does not listen; not open when that fails.
 FileDescriptor BindAbstract(std::string_view sAddress) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -77,7 +76,7 @@ LinuxProcess::LinuxProcess(int argc, const char* const* argv) {
     m_instanceLock = TryLock(RuntimeFolder() / LockName(program));
     m_bPrevInstance = !m_instanceLock.IsOpen();
   } catch (const std::system_error&) {
-    // Without a lock file this copy knows of no other one.
+    // Without a lock file this copy recognises no other one.
   }
 }
 

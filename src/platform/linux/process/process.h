@@ -19,8 +19,8 @@ namespace quillorbit::linux_adapter {
 /// session's the path of NAME in the runtime folder; /proc/net/unix lists both behind an "@".
 class LinuxProcess final : public platform::Process {
  public:
-  /// Takes what main() was given. To be made before the toolkit's application object, which removes
-  /// from the arguments those that it understands.
+  /// `argc` and `argv` are main()'s. To be created before the toolkit's application object, which
+  /// removes from the arguments those that it understands.
   LinuxProcess(int argc, const char* const* argv);
 
   [[nodiscard]] bool PrevInstance() const override { return m_bPrevInstance; }
@@ -33,8 +33,8 @@ class LinuxProcess final : public platform::Process {
   /// Version 5.0 of the NT family: the notification areas of this desktop do what its shell does.
   [[nodiscard]] std::uint32_t GetVersion() const override { return 5; }
 
-  /// 0 for a name that is empty or too long for an address, and for one that another process holds:
-  /// the mutex exists then as long as that process, and this one adds nothing to its life.
+  /// 0 for a name that is empty or too long for an address, and for one that another process holds;
+  /// that mutex exists as long as the other process.
   platform::MutexHandle CreateMutexA(const void* pSecurityAttributes, bool bInitialOwner,
                                      const char* sName) override;
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int nMostIconPixels = 256;
 
-/// Whether the name is nothing but a name: it cannot lead out of the folder of the icons.
+/// Whether the name has no separators, which could lead out of the icons' folder.
 bool IsResourceName(std::string_view sName) {
   constexpr std::string_view sAllowed =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
@@ -47,8 +47,8 @@ QImage ReadImage(QFile& file, qint64 nOffset, int cx, int cy) {
   return image;
 }
 
-/// An icon's images; none when there is no such icon. Not with Qt's reader for such files, which
-/// takes no notice of the mask beside 24-bit colour.
+/// An icon's images; none when there is no such icon. Qt's own reader for such files ignores the
+/// mask of 24-bit images.
 std::vector<QImage> ReadIcon(const std::string& sName) {
   QFile file(QString::fromStdString(":/ICON/" + sName + ".ico"));
   if (!file.open(QIODevice::ReadOnly)) return {};
@@ -75,7 +75,7 @@ std::vector<QImage> ReadIcon(const std::string& sName) {
 QImage IconOfSize(const std::string& sName, const QSize& size) {
   const std::vector<QImage> images = ReadIcon(sName);
   if (images.empty()) return {};
-  // Of two as near, the larger shows more.
+  // Of two that are equally near, the larger one has more detail.
   const auto distance = [&size](const QImage& image) {
     return std::pair(
         std::abs(image.width() - size.width()) + std::abs(image.height() - size.height()),

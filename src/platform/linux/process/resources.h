@@ -11,8 +11,8 @@
 
 namespace quillorbit::linux_adapter {
 
-/// The resources that the build compiles into the program file: data named ":/TYPE/ID", icons named
-/// ":/ICON/NAME.ico". It needs no display.
+/// The resources that are compiled into the program file: data under ":/TYPE/ID", icons under
+/// ":/ICON/NAME.ico". Needs no display.
 class LinuxResources final : public platform::Resources {
  public:
   [[nodiscard]] std::string LoadResData(std::uint16_t lId, std::string_view sType) const override;
@@ -20,12 +20,13 @@ class LinuxResources final : public platform::Resources {
   [[nodiscard]] std::string FileDescription() const override { return {}; }
 
   [[nodiscard]] int GetSystemMetrics(int nIndex) const override;
-  /// Every image is shared, and the module is this program whatever the handle. The name is exact.
+  /// Every image is shared, and the module is this program whatever the handle. Names are matched
+  /// exactly.
   platform::IconHandle LoadImageA(platform::ModuleHandle hInst, const char* sName,
                                   std::uint32_t lType, int cx, int cy,
                                   std::uint32_t lFlags) override;
 
-  /// What a handle stands for; a null image for 0 and for a handle that was never given.
+  /// The image of a handle; a null image for 0 and for an unknown handle.
   [[nodiscard]] QImage Image(platform::IconHandle hIcon) const;
 
  private:

@@ -11,7 +11,7 @@
 namespace quillorbit::linux_adapter {
 namespace {
 
-/// In a folder that everybody can write to, the name may be somebody else's, or a link.
+/// In a folder that everyone can write to, the name may belong to another user, or be a link.
 void MakePrivateFolder(const std::filesystem::path& folder) {
   if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
     throw std::system_error(errno, std::generic_category(), folder.string());

@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// As many as the kernel follows.
+/// As many symbolic links as the kernel follows.
 constexpr int nLinksFollowed = 40;
 /// Names to try for a new file beside the target; others may be there from earlier.
 constexpr int nNamesTried = 100;

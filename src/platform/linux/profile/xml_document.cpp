@@ -34,7 +34,7 @@ class Content {
 
   [[nodiscard]] xmlDocPtr Doc() const { return m_doc.get(); }
 
-  /// Takes a node, which stands nowhere in the tree, into this content's care.
+  /// Makes this content the owner of a node that is not in the tree.
   void Keep(xmlNodePtr pNode) { m_detached.push_back(pNode); }
   /// Moves a node of this content to the end of another one's children.
   void Append(xmlNodePtr pParent, xmlNodePtr pChild) {
@@ -42,7 +42,7 @@ class Content {
     xmlUnlinkNode(pChild);
     xmlAddChild(pParent, pChild);
   }
-  /// Takes all children out of the tree. Somebody may hold them: they stay alive.
+  /// Removes all children from the tree. They stay alive, for a caller may hold them.
   void DetachChildren(xmlNodePtr pParent) {
     while (const xmlNodePtr pChild = pParent->children) {
       Keep(pChild);
@@ -62,7 +62,7 @@ xmlNodePtr AsNode(xmlDocPtr pDoc) { return reinterpret_cast<xmlNodePtr>(pDoc); }
 
 const xmlChar* Chars(const std::string& s) { return reinterpret_cast<const xmlChar*>(s.c_str()); }
 
-/// XML can hold neither every character nor anything but characters.
+/// XML excludes some characters, and bytes that are not characters.
 void CheckText(std::string_view sText) {
   if (sText.size() > nXmlLimit) throw std::runtime_error("the text is too long");
   QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
@@ -135,7 +135,7 @@ void AppendChild(const NodeHandle& parent, const NodeHandle* pChild) {
     throw std::runtime_error("the child is a node of another document");
   const xmlDocPtr pDoc = parent.Owner()->Doc();
   if (pChild->Node() == AsNode(pDoc) || IsWithin(parent.Node(), pChild->Node()))
-    throw std::runtime_error("the child is a document, or the parent stands within it");
+    throw std::runtime_error("the child is a document, or contains the parent");
   const xmlNodePtr pRoot = xmlDocGetRootElement(pDoc);
   if (parent.Node() == AsNode(pDoc) && pRoot != nullptr && pRoot != pChild->Node())
     throw std::runtime_error("a document has one root element");
@@ -190,7 +190,7 @@ OldFile OldFileAt(const std::string& sPath) {
     (void)ReadDocument(sPath);
     return OldFile::replaced;
   } catch (const std::runtime_error&) {
-    return OldFile::kept;  // somebody may have written it by hand, with one mistake
+    return OldFile::kept;  // a user may have edited it, with one mistake
   }
 }
 
@@ -233,7 +233,7 @@ class LinuxDocument final : public LinuxNodeOf<platform::DOMDocument> {
   }
 
  private:
-  /// Makes this the document's content, or nothing, which gives false.
+  /// Replaces the document's content; without a new one it is empty, and this returns false.
   bool Hold(XmlDocPointer doc) {
     const bool bWellFormed = doc != nullptr;
     if (!doc) doc.reset(xmlNewDoc(Chars("1.0")));

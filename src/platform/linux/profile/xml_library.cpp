@@ -54,16 +54,17 @@ void CheckDoctype(void* pContext, const xmlChar*, const xmlChar* pPublicId,
   xmlStopParser(context);
 }
 
-/// What the parser still has to read.
+/// The input that the parser has not read yet.
 struct Input {
   std::string_view sRest;
   xmlParserCtxtPtr context;
   bool bRefused = false;
 };
 
-/// Hands the parser the next part of its input; -1 when it may not have more. The parser compares
-/// each attribute of an element with all the others, and each prefix with all the namespaces in
-/// scope, so that their numbers have to be bounded. Small parts keep what it reads ahead small.
+/// Gives the parser the next part of its input; -1 when the document is refused. The parser
+/// compares each attribute of an element with all the others, and each prefix with all the
+/// namespaces in scope, so that their numbers have to be bounded. Small parts keep what it reads
+/// ahead small.
 int ReadPart(void* pInput, char* pBuffer, int nBufferBytes) {
   constexpr int nMostAttributes = 100;
   constexpr int nMostNamespaces = 100;

@@ -24,7 +24,7 @@ inline constexpr std::size_t nXmlLimit = 1'048'576;
 
 enum class XmlEncoding {
   declared,  ///< what the declaration or the byte order mark says
-  utf8,      ///< UTF-8, whatever these say
+  utf8,      ///< UTF-8, whatever they say
 };
 
 /// Reads nothing but this text. Null when it is too long, is not well formed, or has a DOCTYPE with

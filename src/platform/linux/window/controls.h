@@ -31,7 +31,7 @@ class LinuxCheckBox final : public WidgetControl<platform::CheckBox, QCheckBox> 
   void Value(int iValue) override { m_widget->setChecked(iValue != 0); }
 };
 
-/// Makes controls on the widget that it is given.
+/// Creates controls on a parent widget.
 template <class Interface>
 class WidgetContainer : public Interface {
  public:
@@ -80,7 +80,7 @@ std::unique_ptr<platform::PictureBox> WidgetContainer<Interface>::NewPictureBox(
   return std::make_unique<LinuxPictureBox>(ContainerWidget(), design, eDocking);
 }
 
-/// Puts the docked children of a form's widget to their edges, as wide as it is.
+/// Places the docked children of a form's widget at their edges, over its whole width.
 void DockChildren(QWidget& formWidget);
 
 }  // namespace quillorbit::linux_adapter

@@ -18,16 +18,16 @@ class DrawingSurface final : public QWidget {
 
   /// A handle of this program's own, not the window system's: the widget has no window there.
   [[nodiscard]] platform::WindowHandle Handle() const { return m_hWnd; }
-  /// Null when there is none of that handle.
+  /// The surface with a handle; null when there is none.
   [[nodiscard]] static DrawingSurface* Find(platform::WindowHandle hWnd);
 
-  /// Whether a frame would be seen.
+  /// Whether a frame would be visible.
   [[nodiscard]] bool IsSeen() const;
-  /// Takes a frame, which is on the screen on return, and gives back an earlier one for its memory.
+  /// Puts a frame on the screen before it returns, and swaps in an earlier one to be reused.
   void ShowFrame(QImage& frame);
 
   std::function<void()> resized;
-  std::function<void()> shown;  ///< it may be seen from now on
+  std::function<void()> shown;  ///< called when it may have become visible
 
  private:
   void childEvent(QChildEvent* pEvent) override;

@@ -40,7 +40,7 @@ int ToQtFlags(std::uint32_t lFormat) {
   return lFlags;
 }
 
-/// How many of the display's pixels so many pixels take.
+/// A length in the display's pixels, rounded up.
 int ToDevicePixels(std::uint32_t nPixels, double dRatio) {
   constexpr double dNoise = 1e-6;  // 100 * 1.1 is a little more than 110
   const double dPixels = std::ceil(nPixels * dRatio - dNoise);
@@ -71,7 +71,7 @@ class LinuxFonts::Object final : public platform::StdFont {
   [[nodiscard]] platform::FontHandle hFont() const override { return m_hFont; }
 
  private:
-  /// Gives the present description a handle of its own.
+  /// Registers the font as it is described now under a new handle.
   void Describe() {
     QFont font = ToQFont({m_sName, m_fPoints});
     font.setStyleStrategy(

@@ -14,8 +14,8 @@ namespace quillorbit::linux_adapter {
 /// Font objects over the toolkit's fonts. They need a QGuiApplication.
 class LinuxFonts final : public platform::Fonts {
  public:
-  /// The ratio is how many of the display's pixels make one of the program's: at least 1, asked at
-  /// each text.
+  /// `pixelRatio` returns how many of the display's pixels make one of the program's, at least 1.
+  /// It is called for each text.
   explicit LinuxFonts(std::function<double()> pixelRatio);
 
   [[nodiscard]] std::unique_ptr<platform::StdFont> NewStdFont() override;
@@ -26,7 +26,7 @@ class LinuxFonts final : public platform::Fonts {
 
  private:
   class Object;
-  /// What the valid handles stand for. The font objects may live longer than the service.
+  /// The fonts by their valid handles. Font objects may outlive the service.
   struct Table {
     std::map<platform::FontHandle, QFont> fonts;
     platform::FontHandle hLast = 0;

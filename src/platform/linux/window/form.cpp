@@ -37,8 +37,8 @@ class LinuxForm::Window final : public QWidget {
  public:
   explicit Window(LinuxForm& owner) : m_owner(owner) {}
 
-  /// The window manager's frame is known once the window stands on the screen, or before if the
-  /// window manager tells it then; where it does not, the outer size is the client area's so long.
+  /// The window manager's frame is known once the window is on the screen, or earlier if the window
+  /// manager answers the request for it. Until then the outer size counts as the client area's.
   void SetOuterWidth(int nWidth) { SetOuterSize({nWidth, OuterSize().height()}); }
   void SetOuterHeight(int nHeight) { SetOuterSize({OuterSize().width(), nHeight}); }
 
@@ -51,7 +51,7 @@ class LinuxForm::Window final : public QWidget {
     if (!isVisible()) AskForFrame();
     m_outerSize = outer;
     resize(outer.shrunkBy(FrameMargins()));
-    if (!isVisible()) RaiseResize();  // the toolkit would tell when it is shown
+    if (!isVisible()) RaiseResize();  // the toolkit would report it when it is shown
   }
 
   [[nodiscard]] QMargins FrameMargins() const {
@@ -71,15 +71,15 @@ class LinuxForm::Window final : public QWidget {
                      toPixels(frame->bottom)};
   }
 
-  /// Takes the frame off the size, once there is one.
+  /// Subtracts the frame from the requested size, once the frame is known.
   void FitFrame() {
     if (!m_outerSize || !isVisible() || windowHandle()->frameMargins().isNull()) return;
     const QSize client = std::exchange(m_outerSize, std::nullopt)->shrunkBy(FrameMargins());
     if (!isMaximized() && !isFullScreen()) resize(client);
   }
 
-  /// The form is painted when the window system has exposed it, whatever of it is covered by
-  /// controls; its handler may show things, which is not for a paint event to do.
+  /// Raises Paint when the window system has exposed the form, even where controls cover all of it,
+  /// and not from a paint event: the handler may draw.
   bool eventFilter(QObject* pObject, QEvent* pEvent) override {
     const bool bExposed = pObject == windowHandle() && pEvent->type() == QEvent::Expose &&
                           windowHandle()->isExposed();
@@ -123,7 +123,7 @@ class LinuxForm::Window final : public QWidget {
 
   LinuxForm& m_owner;
   std::optional<QSize> m_outerSize;  ///< wanted, until the frame has been taken off
-  QMargins m_frameToCome;            ///< as the window manager has told it
+  QMargins m_frameToCome;            ///< as the window manager has announced it
   bool m_bFrameAskedFor = false;
 };
 
@@ -164,7 +164,7 @@ void LinuxForm::Show() {
   }
   m_window->show();
   x11::Flush();  // it comes up while its first picture is drawn
-  // How a program's first window comes up is the window manager's affair.
+  // The window manager decides how a program's first window comes up.
   if (std::exchange(m_bShownBefore, true)) BringToFront();
 }
 

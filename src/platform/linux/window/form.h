@@ -12,7 +12,7 @@
 
 namespace quillorbit::linux_adapter {
 
-/// A top-level window with an icon of its own. `onUnloaded` is called with it when it has been
+/// A top-level window with an icon of its own. `onUnloaded` is called with the form after it was
 /// unloaded.
 class LinuxForm final : public WidgetContainer<platform::Form> {
  public:
@@ -40,12 +40,12 @@ class LinuxForm final : public WidgetContainer<platform::Form> {
   void Unload() override { RequestUnload(platform::UnloadReason::FormCode); }
 
   void RequestUnload(platform::UnloadReason eReason);
-  /// What another copy of the program asks of the window.
+  /// Carries out what another copy of the program asks of the window.
   void Obey(WindowCommand eCommand);
-  /// A null image takes the icon away.
+  /// A null image removes the icon.
   void SetLargeIcon(const QPixmap& image);
   void SetSmallIcon(const QPixmap& image);
-  /// The menu that was made last, if it is still there.
+  /// The newest menu, if it still exists.
   [[nodiscard]] QMenu* MenuWidget() const { return m_menu; }
 
  private:

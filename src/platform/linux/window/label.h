@@ -5,8 +5,8 @@
 
 namespace quillorbit::linux_adapter {
 
-/// A label that is cheap to set: setting it keeps the value, the rest waits until it is presented
-/// or its size is asked for.
+/// A label that is cheap to set: a setter only stores the value. The widget is updated when the
+/// label is presented or its size is read.
 class LinuxLabel final : public WidgetControl<platform::Label, QWidget>, private Presented {
  public:
   LinuxLabel(QWidget* pParent, const platform::ControlDesign& design, platform::LabelKind eKind,
@@ -28,8 +28,7 @@ class LinuxLabel final : public WidgetControl<platform::Label, QWidget>, private
   const platform::LabelKind m_eKind;
   std::string m_sCaption;
   platform::Colour m_backColor = 0xFFFFFF;
-  mutable bool m_bFits =
-      false;  ///< the widget has the caption and, if it is of that kind, its size
+  mutable bool m_bFits = false;  ///< the widget has the caption and, if it sizes itself, the size
 };
 
 }  // namespace quillorbit::linux_adapter

@@ -29,7 +29,7 @@ class LinuxMenu final : public platform::Menu {
 
   [[nodiscard]] std::unique_ptr<platform::MenuItem> NewItem() override;
 
-  /// Shows it at the mouse cursor and returns when it has closed, at once if it is open already.
+  /// Shows it at the mouse cursor and returns when it has closed. Does nothing when it is open.
   void Popup(platform::MenuItem* pDefaultItem);
   [[nodiscard]] QMenu* Widget() { return &m_menu; }
 

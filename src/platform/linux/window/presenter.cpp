@@ -12,8 +12,8 @@
 
 namespace quillorbit::linux_adapter {
 
-/// Keeps the display's rate: the first change after a pause is presented as soon as the events that
-/// wait have been handled, the next ones a display period apart.
+/// Keeps the display's rate: the first change after a pause is presented as soon as the pending
+/// events have been handled, the next ones a display period apart.
 class Presenter final : public QObject {
  public:
   /// Lives as long as the application, whose event loop its timer needs.

@@ -2,7 +2,7 @@
 
 namespace quillorbit::linux_adapter {
 
-/// Something that shows a value, and is shown anew when the display next shows anything.
+/// Something that shows a value and is repainted at the display's rate.
 class Presented {
  public:
   Presented() = default;
@@ -11,9 +11,9 @@ class Presented {
   Presented& operator=(const Presented&) = delete;
 
  protected:
-  /// The value has changed. At most once in a display period all that has changed is presented
-  /// together, however often it changes: a value that a newer one replaces before the display could
-  /// show it costs next to nothing.
+  /// To be called when the value has changed. However often that is, everything that has changed is
+  /// presented together, at most once in a display period: a value that is replaced before the
+  /// display could show it costs next to nothing.
   void RequestPresentation();
 
  private:

@@ -33,7 +33,7 @@ class LinuxTextBox::Edit final : public QLineEdit {
   }
 
  private:
-  /// Asks whether the focus may leave, once for each leaving.
+  /// Validates, once each time that the focus is about to leave.
   bool MayLeave() {
     if (m_bMayLeave) return true;
     bool bCancel = false;
@@ -82,7 +82,7 @@ class LinuxTextBox::Edit final : public QLineEdit {
   [[nodiscard]] QObject* TopWindow() const { return window()->windowHandle(); }
 
   LinuxTextBox& m_owner;
-  bool m_bMayLeave = false;  ///< found good since the focus came or the text changed
+  bool m_bMayLeave = false;  ///< valid since the focus came or the text changed
 };
 
 LinuxTextBox::LinuxTextBox(QWidget* pParent, const platform::ControlDesign& design,

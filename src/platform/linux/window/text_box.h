@@ -6,12 +6,12 @@
 
 namespace quillorbit::linux_adapter {
 
-/// A single-line text box that its validation can keep the focus in.
+/// A single-line text box whose validation can keep the focus in it.
 ///
-/// The focus leaves by Tab, by a press on another control, or in some other way, and each has to be
-/// caught at its own place: Tab where the next widget is chosen; the press before the other control
-/// sees it, or that control would be clicked all the same; the rest when the focus is gone, to be
-/// fetched back. The window's own comings and goings (another program, a menu) are no leaving.
+/// The focus can leave in three ways, each handled in its own place: by Tab, where the next widget
+/// is chosen; by a press on another control, before that control gets the press, which would click
+/// it all the same; and in any other way after the fact, by taking the focus back. When the window
+/// itself loses the focus, to another program or a menu, nothing is validated.
 class LinuxTextBox final : public WidgetControl<platform::TextBox, QLineEdit> {
  public:
   LinuxTextBox(QWidget* pParent, const platform::ControlDesign& design, std::string_view sText);

@@ -6,7 +6,7 @@
 
 namespace quillorbit::linux_adapter {
 
-/// A timer of a form, which ends with it.
+/// A timer of a form, which stops when the form is destroyed.
 class LinuxTimer final : public platform::Timer {
  public:
   LinuxTimer(const bool& bFormUnloaded, int iInterval, bool bEnabled) {

@@ -6,7 +6,7 @@
 namespace quillorbit::linux_adapter {
 
 void SetTitle(QWidget& window, std::string_view sTitle) {
-  window.setWindowTitle(ToQString(sTitle).replace("[*]", "[*][*]"));  // doubled, it is shown
+  window.setWindowTitle(ToQString(sTitle).replace("[*]", "[*][*]"));  // doubled, it is shown once
   if (sTitle.empty()) x11::ClearTitle(static_cast<xcb_window_t>(window.winId()));
 }
 

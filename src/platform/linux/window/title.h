@@ -6,8 +6,8 @@
 
 namespace quillorbit::linux_adapter {
 
-/// Gives a window its title as it stands. On its own the toolkit takes "[*]" out, its mark for
-/// unsaved changes, and shows the program file's name for an empty title.
+/// Sets a window's title literally. By itself the toolkit removes "[*]", its mark for unsaved
+/// changes, and replaces an empty title by the program file's name.
 void SetTitle(QWidget& window, std::string_view sTitle);
 
 }  // namespace quillorbit::linux_adapter

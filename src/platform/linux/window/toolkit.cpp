@@ -29,7 +29,7 @@ sigset_t EndingSignals() {
   return set;
 }
 
-/// Settles what has to be settled before the toolkit exists, and returns argc for it.
+/// Sets up the process before the toolkit is created, and passes argc on to it.
 int& Prepare(int& argc) {
   // Blocked here, they are blocked in every thread that the toolkit starts, and only signalfd()
   // takes them.
@@ -61,7 +61,7 @@ LinuxToolkit::LinuxToolkit(int& argc, char** argv, LinuxResources& resources)
         if (LinuxForm* const pForm = FormOf(hWnd)) pForm->Obey(eCommand);
       }) {
   QApplication::setQuitOnLastWindowClosed(false);
-  // The rows of the panel are as high as designed: a style of the desktop's could need more.
+  // The panel's row has the designed height; the desktop's own style could need more.
   QApplication::setStyle("Fusion");
   ConnectSignals();
   // A session manager's end closes the visible windows and quits.
@@ -117,7 +117,7 @@ platform::MsgBoxAnswer LinuxToolkit::MsgBox(std::string_view sPrompt, std::uint3
                                             std::string_view sTitle) {
   const bool bChoice = (lFlags & platform::MB_YESNO) != 0;
   QMessageBox box(BoxOwner());
-  box.setWindowModality(Qt::WindowModal);  // the tray goes on working
+  box.setWindowModality(Qt::WindowModal);  // the tray keeps working
   box.setTextFormat(Qt::PlainText);        // the text may come from a profile
   box.setText(ToQString(sPrompt));
   SetTitle(box, sTitle);
@@ -153,7 +153,7 @@ void LinuxToolkit::SetIcon(platform::WindowHandle hWnd, std::uint32_t lKind,
 void LinuxToolkit::Beep() { QApplication::beep(); }
 
 int LinuxToolkit::Run() {
-  // What ended before the loop began has ended.
+  // The program may have been ended before the loop began.
   return m_bEnded || m_loadedForms.empty() ? 0 : QApplication::exec();
 }
 

@@ -15,13 +15,13 @@ namespace quillorbit::linux_adapter {
 
 class LinuxForm;
 
-/// The window toolkit on Qt Widgets. There is one, and everything that needs an event loop is made
+/// The window toolkit on Qt Widgets. There is one; everything that needs an event loop is created
 /// after it and destroyed before it. SIGTERM, SIGINT and SIGHUP unload the forms, as the end of the
 /// session does, and end the program.
 class LinuxToolkit final : public platform::Toolkit {
  public:
-  /// Takes what main() was given, and the resources that its windows' icons come from. Throws
-  /// std::runtime_error, in words for the user, when there is no display to open a window on.
+  /// `argc` and `argv` are main()'s; `resources` has the windows' icons. Throws std::runtime_error,
+  /// with a message for the user, when there is no display to open a window on.
   LinuxToolkit(int& argc, char** argv, LinuxResources& resources);
   ~LinuxToolkit() override;
 
@@ -33,7 +33,7 @@ class LinuxToolkit final : public platform::Toolkit {
   int Run() override;
   void End() override;
 
-  /// The loaded form of that handle; null when it is another program's window, or gone.
+  /// The loaded form with that handle; null when it is another program's window or was unloaded.
   [[nodiscard]] LinuxForm* FormOf(platform::WindowHandle hWnd) const;
   /// WM_SETICON for a form: the kind and the icon's handle.
   void SetIcon(platform::WindowHandle hWnd, std::uint32_t lKind, platform::IconHandle hIcon);
@@ -41,7 +41,7 @@ class LinuxToolkit final : public platform::Toolkit {
  private:
   void ConnectSignals();
   void EndOfSession();
-  /// The window that a box belongs to and blocks: the active one, or else one that is there.
+  /// The window that a message box belongs to and blocks: the active one, or else any visible one.
   [[nodiscard]] QWidget* BoxOwner() const;
 
   LinuxResources& m_resources;

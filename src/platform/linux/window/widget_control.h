@@ -13,7 +13,7 @@ namespace quillorbit::linux_adapter {
 /// The widget's property that holds its control's tab index; 0 is a valid one.
 inline constexpr const char* sTabIndexProperty = "tabIndex";
 
-/// What every control has, on the widget that is it.
+/// What every control has in common, on top of its widget.
 template <class Interface, class Widget>
 class WidgetControl : public Interface {
  public:
