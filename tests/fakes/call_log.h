@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -28,27 +27,22 @@ using Ref = std::shared_ptr<T>;
 template <class T>
 using Own = std::unique_ptr<T>;
 
-/// The calls that crossed the seam, in order, each as a line "Name first, second, ...". It can make
-/// any one of them fail.
+/// The calls that crossed the seam, in order, each as a line "Name first, second, ...", or
+/// "object.Name first, second, ..." for an object with a name. It can make any one of them fail.
 class CallLog {
  public:
   /// Records a call, and throws std::system_error where FailAt says so.
   template <class... Args>
-  void Call(View sName, const Args&... args) {
-    CallOf({}, sName, args...);
-  }
-  /// Likewise the call of a named object, "object.Name first, second, ...".
-  template <class... Args>
-  void CallOf(View sObject, View sName, const Args&... args) {
+  void Call(View sObject, View sName, const Args&... args) {
     if (m_muted) return;
     std::ostringstream line;
     line << sObject << (sObject.empty() ? "" : ".") << sName;
     [[maybe_unused]] const char* sSeparator = " ";
     ((line << std::exchange(sSeparator, ", ") << args), ...);
-    m_calls.push_back(line.str());
-    if (m_calls.size() == m_failAt) throw std::system_error(EIO, std::generic_category());
+    Note(line.str());
+    if (m_calls.size() == m_failAt)
+      throw std::system_error(std::make_error_code(std::errc::io_error));
   }
-
   /// Records what cannot fail.
   void Note(View sLine) {
     if (!m_muted) m_calls.emplace_back(sLine);
@@ -72,21 +66,20 @@ class CallLog {
   bool m_muted = false;
 };
 
-/// The base of a fake service.
+/// The base of a fake: of a service, or of an object with a name.
 template <class Interface>
 struct Fake : Interface {
-  explicit Fake(CallLog& l) : log(l) {}
-  CallLog& log;
-};
-
-/// The base of a fake with a name: a form, control, timer or menu item.
-template <class Interface>
-struct FakeObject : Fake<Interface> {
-  FakeObject(CallLog& l, View name) : Fake<Interface>(l), sName(name) {}
+  explicit Fake(CallLog& l, View s = {}) : log(l), sName(s) {}
 
   template <class... Args>
   void Call(View sOperation, const Args&... args) {
-    this->log.CallOf(sName, sOperation, args...);
+    log.Call(sName, sOperation, args...);
+  }
+  /// Records a call, and returns what it answers.
+  template <class Value, class... Args>
+  Value Answer(Value value, View sOperation, const Args&... args) {
+    Call(sOperation, args...);
+    return value;
   }
   /// Records "name.Property value" and keeps the value.
   template <class Value, class New>
@@ -95,6 +88,7 @@ struct FakeObject : Fake<Interface> {
     value = newValue;
   }
 
+  CallLog& log;
   const std::string sName;
 };
 

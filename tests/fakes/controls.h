@@ -15,45 +15,40 @@ struct Registry {
 
 /// Keeps its geometry to the twip.
 template <class Interface>
-struct FakeControl : FakeObject<Interface> {
-  FakeControl(CallLog& l, Registry& r, const ControlDesign& d) : FakeObject<Interface>(l, d.sName) {
+struct FakeControl : Fake<Interface> {
+  FakeControl(CallLog& l, Registry& r, const ControlDesign& d) : Fake<Interface>(l, d.sName) {
     std::tie(fLeft, fTop, fWidth, fHeight) = std::tie(d.fLeft, d.fTop, d.fWidth, d.fHeight);
     r.byName[this->sName] = this;
     r.byTabIndex[d.iTabIndex] = this->sName;
   }
   float Left() const override { return fLeft; }
-  void Left(float f) override { this->Set("Left", fLeft, f); }
+  void Left(float f) override { this->Set(__func__, fLeft, f); }
   float Width() const override { return fWidth; }
   void Width(float f) override {
     if (f < 0) throw std::invalid_argument("Width");
-    this->Set("Width", fWidth, f);
+    this->Set(__func__, fWidth, f);
   }
   float Height() const override { return fHeight; }
   void Move(float l, float t, float w, float h) override {
     if (w < 0 || h < 0) throw std::invalid_argument("Move");
-    this->Call("Move", l, t, w, h);
+    this->Call(__func__, l, t, w, h);
     std::tie(fLeft, fTop, fWidth, fHeight) = std::tie(l, t, w, h);
   }
-  void Visible(bool b) override { this->Set("Visible", bVisible, b); }
+  void Visible(bool b) override { this->Call(__func__, b); }
 
   float fLeft, fTop, fWidth, fHeight;
-  bool bVisible = true;
 };
 
-/// Of kind Text, it sizes itself to its caption: 90 twips a character.
+/// Does not size itself to its caption.
 struct FakeLabel : FakeControl<Label> {
-  FakeLabel(CallLog& l, Registry& r, const ControlDesign& d, LabelKind kind, View s)
-      : FakeControl(l, r, d), eKind(kind), sCaption(s) {
+  FakeLabel(CallLog& l, Registry& r, const ControlDesign& d, View s)
+      : FakeControl(l, r, d), sCaption(s) {
     sCaption.reserve(64);  // so that setting it takes no memory
   }
   std::string Caption() const override { return sCaption; }
-  void Caption(View s) override {
-    Set("Caption", sCaption, s);
-    if (eKind == LabelKind::Text) fWidth = 90 * static_cast<float>(s.size());
-  }
-  void BackColor(Colour c) override { Set("BackColor", backColor, c); }
+  void Caption(View s) override { Set(__func__, sCaption, s); }
+  void BackColor(Colour c) override { Set(__func__, backColor, c); }
 
-  const LabelKind eKind;
   std::string sCaption;
   Colour backColor = 0;
 };
@@ -61,9 +56,9 @@ struct FakeLabel : FakeControl<Label> {
 struct FakeTextBox : FakeControl<TextBox> {
   using FakeControl::FakeControl;
   std::string Text() const override { return sText; }
-  void Text(View s) override { Set("Text", sText, s); }
-  void SelStart(int i) override { Call("SelStart", i); }
-  void SelLength(int i) override { Call("SelLength", i); }
+  void Text(View s) override { Set(__func__, sText, s); }
+  void SelStart(int i) override { Call(__func__, i); }
+  void SelLength(int i) override { Call(__func__, i); }
 
   /// The user types a text and leaves the box; true when the box lets the focus go.
   bool Leave(View s) {
@@ -77,13 +72,10 @@ struct FakeTextBox : FakeControl<TextBox> {
 
 struct FakeSlider : FakeControl<Slider> {
   using FakeControl::FakeControl;
-  void Min(int i) override { Set("Min", iMin, i); }
-  void Max(int i) override { Set("Max", iMax, i); }
+  void Min(int i) override { Set(__func__, iMin, i); }
+  void Max(int i) override { Set(__func__, iMax, i); }
   int Value() const override { return iValue; }
-  void Value(int i) override {
-    Call("Value", i);
-    Slide(i);
-  }
+  void Value(int i) override { Slide(Answer(i, __func__, i)); }
   /// The user moves the slider.
   void Slide(int i) {
     iValue = std::clamp(i, iMin, iMax);
@@ -95,7 +87,7 @@ struct FakeSlider : FakeControl<Slider> {
 struct FakeCheckBox : FakeControl<CheckBox> {
   using FakeControl::FakeControl;
   int Value() const override { return iValue; }
-  void Value(int i) override { Set("Value", iValue, i); }
+  void Value(int i) override { Set(__func__, iValue, i); }
   /// The user ticks (1) or clears (0) the box.
   void Tick(int i) {
     iValue = i;
@@ -111,11 +103,11 @@ struct FakeContainer : Base {
   explicit FakeContainer(Registry& r, Args&&... args) : Base(args...), registry(r) {}
 
   template <class Made, class... Args>
-  Own<Made> New(const Args&... args) {
-    return std::make_unique<Made>(this->log, registry, args...);
+  Own<Made> New(const ControlDesign& d, const Args&... args) {
+    return std::make_unique<Made>(this->log, registry, d, args...);
   }
-  Own<Label> NewLabel(const ControlDesign& d, LabelKind e, View s) override {
-    return New<FakeLabel>(d, e, s);
+  Own<Label> NewLabel(const ControlDesign& d, LabelKind, View s) override {
+    return New<FakeLabel>(d, s);
   }
   Own<TextBox> NewTextBox(const ControlDesign& d, View) override { return New<FakeTextBox>(d); }
   Own<Slider> NewSlider(const ControlDesign& d) override { return New<FakeSlider>(d); }

@@ -23,28 +23,22 @@ struct Hex {
 struct FakeDevice : Fake<DeviceFunctions> {
   using Fake::Fake;
   DeviceHandle SetupDiGetClassDevsA(const Guid* p, const char* s, u32 hWnd, u32 lFlags) override {
-    log.Call("SetupDiGetClassDevsA", Hex{p, sizeof *p}, s ? s : "none", hWnd, lFlags);
-    return bPresent ? 77 : INVALID_HANDLE_VALUE;
+    const DeviceHandle hSet = bPresent ? 77 : INVALID_HANDLE_VALUE;
+    return Answer(hSet, __func__, Hex{p, sizeof *p}, s ? s : "none", hWnd, lFlags);
   }
-  bool SetupDiDestroyDeviceInfoList(DeviceHandle h) override {
-    log.Call("SetupDiDestroyDeviceInfoList", h);
-    return true;
-  }
-  DeviceHandle CreateFileA(const char* sName, u32 lAccess, u32 lShare, void* pSecurity,
+  bool SetupDiDestroyDeviceInfoList(DeviceHandle h) override { return Answer(true, __func__, h); }
+  DeviceHandle CreateFileA(const char* s, u32 lAccess, u32 lShare, void* pSecurity,
                            u32 lDisposition, u32 lFlags, DeviceHandle h) override {
-    log.Call("CreateFileA", sName, lAccess, lShare, pSecurity, lDisposition, lFlags, h);
-    return bInUse ? INVALID_HANDLE_VALUE : 42;
+    return Answer(bInUse ? INVALID_HANDLE_VALUE : 42, __func__, s, lAccess, lShare, pSecurity,
+                  lDisposition, lFlags, h);
   }
   bool DeviceIoControl(DeviceHandle h, u32 lCode, const void* pIn, u32 lIn, void* pOut, u32 lOut,
                        u32* pReturned, void* p) override {
     ++nReports;
-    log.Call("DeviceIoControl", h, lCode, Hex{pIn, lIn}, pOut, lOut, pReturned != nullptr, p);
+    Call(__func__, h, lCode, Hex{pIn, lIn}, pOut, lOut, pReturned != nullptr, p);
     return false;  // nobody looks at it
   }
-  bool CloseHandle(DeviceHandle h) override {
-    log.Call("CloseHandle", h);
-    return true;
-  }
+  bool CloseHandle(DeviceHandle h) override { return Answer(true, __func__, h); }
 
   bool bPresent = true, bInUse = false;
   int nReports = 0;

@@ -9,32 +9,25 @@
 
 namespace quillorbit::fakes {
 
-/// A record's floats as they are, to the last bit: "1 -0 0x1.fap-4".
-class Exact {
- public:
-  template <class Record>
-  explicit Exact(const Record& record) {
-    std::ostringstream text;
-    for (const float f : std::bit_cast<std::array<float, sizeof record / sizeof(float)>>(record)) {
-      const bool bWhole = f == static_cast<float>(static_cast<int>(f));
-      text << (bWhole ? std::defaultfloat : std::hexfloat) << f << ' ';
-    }
-    m_text = text.str();
-    m_text.pop_back();
-  }
-  friend std::ostream& operator<<(std::ostream& out, const Exact& e) { return out << e.m_text; }
+using Device = Ref<IDirect3DDevice8>;
+using Texture = Ref<IDirect3DTexture8>;
 
- private:
-  std::string m_text;
-};
+/// A record's floats as they are, to the last bit: "1 -0 0x1.fap-4".
+template <class Record>
+std::string Exact(const Record& record) {
+  std::ostringstream text;
+  for (const float f : std::bit_cast<std::array<float, sizeof record / sizeof(float)>>(record)) {
+    const bool bWhole = f == static_cast<float>(static_cast<int>(f));
+    text << ' ' << (bWhole ? std::defaultfloat : std::hexfloat) << f;
+  }
+  return text.str().substr(1);
+}
 
 struct FakeTexture : IDirect3DTexture8 {
   FakeTexture(std::string name, u32 w, u32 h, u32 nLevels)
-      : sName(std::move(name)), nWidth(w), nHeight(h) {
-    for (u32 i = 0; nLevels == 0 || i < nLevels; ++i) {
-      levels.emplace_back(std::size_t{4} * Width(i) * Height(i));
-      if (Width(i) == 1 && Height(i) == 1) break;
-    }
+      : sName(std::move(name)), nWidth(w), nHeight(h), levels(nLevels) {
+    if (nLevels == 0) levels.resize(std::size_t(std::bit_width(std::max(w, h))));
+    for (u32 i = 0; i < levels.size(); ++i) levels[i].resize(std::size_t{4} * Width(i) * Height(i));
   }
   u32 GetLevelCount() const override { return static_cast<u32>(levels.size()); }
   D3DLOCKED_RECT LockRect(u32 iLevel) override {
@@ -70,90 +63,73 @@ using FakeIndexBuffer = FakeBuffer<IDirect3DIndexBuffer8>;
 /// Records what a device is asked to do, and keeps what is chosen for drawing.
 struct FakeDirect3DDevice : Fake<IDirect3DDevice8> {
   using Fake::Fake;
-  i32 TestCooperativeLevel() override {
-    log.Call("TestCooperativeLevel");
-    return lCooperativeLevel;
-  }
-  Ref<IDirect3DTexture8> CreateTexture(u32 w, u32 h, u32 nLevels, u32 lUsage, D3DFORMAT eFormat,
-                                       D3DPOOL ePool) override {
-    log.Call("CreateTexture", w, h, nLevels, lUsage, eFormat, ePool);
-    return std::make_shared<FakeTexture>("texture", w, h, nLevels);
+  i32 TestCooperativeLevel() override { return Answer(lCooperativeLevel, __func__); }
+  Texture CreateTexture(u32 w, u32 h, u32 nLevels, u32 lUsage, D3DFORMAT f, D3DPOOL e) override {
+    return Answer(std::make_shared<FakeTexture>("texture", w, h, nLevels), __func__, w, h, nLevels,
+                  lUsage, f, e);
   }
   Ref<IDirect3DVertexBuffer8> CreateVertexBuffer(u32 n, u32 lUsage, u32 FVF, D3DPOOL e) override {
-    log.Call("CreateVertexBuffer", n, lUsage, FVF, e);
-    return std::make_shared<FakeVertexBuffer>(n);
+    return Answer(std::make_shared<FakeVertexBuffer>(n), __func__, n, lUsage, FVF, e);
   }
   Ref<IDirect3DIndexBuffer8> CreateIndexBuffer(u32 n, u32 lUsage, D3DFORMAT f, D3DPOOL e) override {
-    log.Call("CreateIndexBuffer", n, lUsage, f, e);
-    return std::make_shared<FakeIndexBuffer>(n);
+    return Answer(std::make_shared<FakeIndexBuffer>(n), __func__, n, lUsage, f, e);
   }
   u32 GetRenderState(D3DRENDERSTATETYPE e) const override { return renderStates.at(e); }
   void SetRenderState(D3DRENDERSTATETYPE e, u32 lValue) override {
-    log.Call("SetRenderState", e, lValue);
-    renderStates[e] = lValue;
+    renderStates[e] = Answer(lValue, __func__, e, lValue);
   }
   u32 GetTextureStageState(u32 i, D3DTEXTURESTAGESTATETYPE e) const override {
     return stageStates.at({i, e});
   }
   void SetTextureStageState(u32 i, D3DTEXTURESTAGESTATETYPE e, u32 lValue) override {
-    log.Call("SetTextureStageState", i, e, lValue);
-    stageStates[{i, e}] = lValue;
+    stageStates[{i, e}] = Answer(lValue, __func__, i, e, lValue);
   }
   void SetTransform(D3DTRANSFORMSTATETYPE e, const D3DMATRIX& m) override {
-    log.Call("SetTransform", e, Exact(m));
+    Call(__func__, e, Exact(m));
   }
-  void SetMaterial(const D3DMATERIAL8& m) override { log.Call("SetMaterial", Exact(m)); }
+  void SetMaterial(const D3DMATERIAL8& m) override { Call(__func__, Exact(m)); }
   void SetLight(u32 i, const D3DLIGHT8& light) override {
     std::array<float, 25> floats;
     std::memcpy(floats.data(), &light.Diffuse, sizeof floats);
-    log.Call("SetLight", i, light.Type, Exact(floats));
+    Call(__func__, i, light.Type, Exact(floats));
   }
-  void LightEnable(u32 i, bool bEnable) override { log.Call("LightEnable", i, bEnable); }
-  void SetTexture(u32 i, const Ref<IDirect3DTexture8>& chosen) override {
+  void LightEnable(u32 i, bool bEnable) override { Call(__func__, i, bEnable); }
+  void SetTexture(u32 i, const Texture& chosen) override {
     const auto* pTexture = dynamic_cast<const FakeTexture*>(chosen.get());
-    log.Call("SetTexture", i, pTexture == nullptr ? "none" : pTexture->sName);
-    texture = chosen;
+    texture = Answer(chosen, __func__, i, pTexture ? pTexture->sName : "none");
   }
   void Clear(u32 n, const RECT* p, u32 lFlags, D3DCOLOR c, float z, u32 lStencil) override {
-    log.Call("Clear", n, p, lFlags, c, z, lStencil);
+    Call(__func__, n, p, lFlags, c, z, lStencil);
   }
-  void BeginScene() override { log.Call("BeginScene"); }
-  void EndScene() override { log.Call("EndScene"); }
-  void SetVertexShader(u32 FVF) override { log.Call("SetVertexShader", FVF); }
+  void BeginScene() override { Call(__func__); }
+  void EndScene() override { Call(__func__); }
+  void SetVertexShader(u32 FVF) override { Call(__func__, FVF); }
   void SetStreamSource(u32 i, const Ref<IDirect3DVertexBuffer8>& chosen, u32 nStride) override {
-    log.Call("SetStreamSource", i, chosen ? "buffer" : "none", nStride);
-    vertices = chosen;
+    vertices = Answer(chosen, __func__, i, chosen ? "buffer" : "none", nStride);
   }
   void SetIndices(const Ref<IDirect3DIndexBuffer8>& chosen, u32 iBase) override {
-    log.Call("SetIndices", chosen ? "buffer" : "none", iBase);
-    indices = chosen;
+    indices = Answer(chosen, __func__, chosen ? "buffer" : "none", iBase);
   }
   void DrawIndexedPrimitive(D3DPRIMITIVETYPE e, u32 iMin, u32 nVertices, u32 iStart,
                             u32 nPrimitives) override {
-    log.Call("DrawIndexedPrimitive", e, iMin, nVertices, iStart, nPrimitives);
+    Call(__func__, e, iMin, nVertices, iStart, nPrimitives);
   }
-  void DrawPrimitiveUP(D3DPRIMITIVETYPE e, u32 n, const void* pVertices, u32 nStride) override {
-    log.Call("DrawPrimitiveUP", e, n, nStride);
-    const auto* const pBytes = static_cast<const std::byte*>(pVertices);
+  void DrawPrimitiveUP(D3DPRIMITIVETYPE e, u32 n, const void* p, u32 nStride) override {
+    Call(__func__, e, n, nStride);
+    const auto* const pBytes = static_cast<const std::byte*>(p);
     userVertices.assign(pBytes, pBytes + (e == D3DPT_TRIANGLESTRIP ? n + 2 : 3 * n) * nStride);
   }
   void Present(const RECT* pFrom, const RECT* pTo, WindowHandle h, const void* pDirty) override {
-    log.Call("Present", pFrom, pTo, h, pDirty);
+    Call(__func__, pFrom, pTo, h, pDirty);
   }
 
   i32 lCooperativeLevel = D3D_OK;
   std::map<D3DRENDERSTATETYPE, u32> renderStates{{D3DRS_SRCBLEND, D3DBLEND_ONE},
                                                  {D3DRS_DESTBLEND, D3DBLEND_ZERO},
-                                                 {D3DRS_CULLMODE, D3DCULL_CCW},
-                                                 {D3DRS_ALPHABLENDENABLE, 0},
-                                                 {D3DRS_LIGHTING, 1}};
+                                                 {D3DRS_ALPHABLENDENABLE, 0}};
   std::map<std::pair<u32, D3DTEXTURESTAGESTATETYPE>, u32> stageStates{
-      {{0, D3DTSS_COLOROP}, D3DTOP_MODULATE},
-      {{0, D3DTSS_ALPHAOP}, D3DTOP_SELECTARG1},
-      {{0, D3DTSS_MAGFILTER}, D3DTEXF_POINT},
-      {{0, D3DTSS_MINFILTER}, D3DTEXF_POINT},
-      {{0, D3DTSS_MIPFILTER}, D3DTEXF_NONE}};
-  Ref<IDirect3DTexture8> texture;
+      {{0, D3DTSS_COLOROP}, D3DTOP_MODULATE}, {{0, D3DTSS_ALPHAOP}, D3DTOP_SELECTARG1}};
+  Texture texture;
   Ref<IDirect3DVertexBuffer8> vertices;
   Ref<IDirect3DIndexBuffer8> indices;
   std::vector<std::byte> userVertices;
@@ -169,18 +145,17 @@ struct FakeDirect3D : Fake<IDirect3D8> {
   FakeDirect3D(CallLog& l, FakeAdapter& a) : Fake(l), adapter(a) {}
   ~FakeDirect3D() override { log.Note("IDirect3D8 released"); }
   void GetAdapterDisplayMode(u32 i, D3DDISPLAYMODE& mode) override {
-    log.Call("GetAdapterDisplayMode", i);
+    Call(__func__, i);
     mode = {1024, 768, 60, D3DFMT_X8R8G8B8};
   }
   i32 CheckDeviceFormat(u32 i, D3DDEVTYPE e, D3DFORMAT eAdapter, u32 lUsage, D3DRESOURCETYPE eType,
-                        D3DFORMAT eFormat) override {
-    log.Call("CheckDeviceFormat", i, e, eAdapter, lUsage, eType, eFormat);
-    return adapter.lFormatResult;
+                        D3DFORMAT f) override {
+    return Answer(adapter.lFormatResult, __func__, i, e, eAdapter, lUsage, eType, f);
   }
-  Ref<IDirect3DDevice8> CreateDevice(u32 i, D3DDEVTYPE e, WindowHandle h, u32 lBehavior,
-                                     D3DPRESENT_PARAMETERS& parameters) override {
-    std::apply([&](auto... field) { log.Call("CreateDevice", i, e, h, lBehavior, field...); },
-               std::bit_cast<std::array<u32, 13>>(parameters));
+  Device CreateDevice(u32 i, D3DDEVTYPE e, WindowHandle h, u32 lBehavior,
+                      D3DPRESENT_PARAMETERS& parameters) override {
+    const auto fields = std::bit_cast<std::array<u32, 13>>(parameters);
+    std::apply([&](auto... f) { Call("CreateDevice", i, e, h, lBehavior, f...); }, fields);
     auto device = std::make_shared<FakeDirect3DDevice>(log);
     adapter.device = device;
     return device;

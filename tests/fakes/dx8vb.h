@@ -7,7 +7,7 @@
 namespace quillorbit::fakes {
 
 /// What D3DX finds in the model's file.
-struct FakeModel : D3DXBuffer {
+struct FakeModel {
   struct Material {
     D3DMATERIAL8 material;
     std::string sTexture;
@@ -19,46 +19,36 @@ struct FakeModel : D3DXBuffer {
 struct FakeMesh : Fake<ID3DXMesh> {
   using Fake::Fake;
   ~FakeMesh() override { log.Note("mesh released"); }
-  void DrawSubset(u32 i) override { log.Call("DrawSubset", i); }
+  void DrawSubset(u32 i) override { Call(__func__, i); }
   u32 GetNumFaces() const override { return 12; }
   u32 GetNumVertices() const override { return 24; }
 };
 
 struct FakeD3DX8 : Fake<D3DX8> {
   FakeD3DX8(CallLog& l, const FakeModel& m) : Fake(l), model(m) {}
-  Ref<ID3DXFont> CreateFont(const Ref<IDirect3DDevice8>& device, FontHandle h) override {
-    log.Call("CreateFont", device ? "device" : "none", h);
-    return std::make_shared<ID3DXFont>();
+  Ref<ID3DXFont> CreateFont(const Device& device, FontHandle h) override {
+    return Answer(std::make_shared<ID3DXFont>(), __func__, device ? "device" : "none", h);
   }
   void DrawText(const Ref<ID3DXFont>& font, D3DCOLOR c, View s, const RECT& r, u32 lF) override {
-    log.Call("DrawText", font ? "font" : "none", c, s, r.left, r.top, r.right, r.bottom, lF);
+    Call(__func__, font ? "font" : "none", c, s, r.left, r.top, r.right, r.bottom, lF);
   }
-  Ref<ID3DXMesh> LoadMeshFromX(const std::string& sFile, u32 lOptions,
-                               const Ref<IDirect3DDevice8>& device, Ref<D3DXBuffer>& materials,
-                               i32& nMaterials) override {
-    log.Call("LoadMeshFromX", sFile, lOptions, device ? "device" : "none");
-    materials = std::make_shared<FakeModel>(model);
+  Ref<ID3DXMesh> LoadMeshFromX(const std::string& sFile, u32 lOptions, const Device& device,
+                               Ref<D3DXBuffer>& materials, i32& nMaterials) override {
+    Call(__func__, sFile, lOptions, device ? "device" : "none");
+    materials = std::make_shared<D3DXBuffer>();
     nMaterials = static_cast<i32>(model.materials.size());
     return model.bHasMesh ? std::make_shared<FakeMesh>(log) : nullptr;
   }
-  D3DMATERIAL8 BufferGetMaterial(const D3DXBuffer& materials, i32 i) override {
-    return At(materials, i).material;
+  D3DMATERIAL8 BufferGetMaterial(const D3DXBuffer&, i32 i) override { return At(i).material; }
+  std::string BufferGetTextureName(const D3DXBuffer&, i32 i) override { return At(i).sTexture; }
+  Texture CreateTextureFromFileEx(const Device& device, const std::string& sFile, u32 w, u32 h,
+                                  u32 nLevels, u32 lUsage, D3DFORMAT f, D3DPOOL e, u32 lFilter,
+                                  u32 lMipFilter, D3DCOLOR key) override {
+    return Answer(std::make_shared<FakeTexture>(sFile, 1, 1, 1), __func__,
+                  device ? "device" : "none", sFile, w, h, nLevels, lUsage, f, e, lFilter,
+                  lMipFilter, key);
   }
-  std::string BufferGetTextureName(const D3DXBuffer& materials, i32 i) override {
-    return At(materials, i).sTexture;
-  }
-  Ref<IDirect3DTexture8> CreateTextureFromFileEx(const Ref<IDirect3DDevice8>& device,
-                                                 const std::string& sFile, u32 w, u32 h,
-                                                 u32 nLevels, u32 lUsage, D3DFORMAT eFormat,
-                                                 D3DPOOL ePool, u32 lFilter, u32 lMipFilter,
-                                                 D3DCOLOR colorKey) override {
-    log.Call("CreateTextureFromFileEx", device ? "device" : "none", sFile, w, h, nLevels, lUsage,
-             eFormat, ePool, lFilter, lMipFilter, colorKey);
-    return std::make_shared<FakeTexture>(sFile, 1, 1, 1);
-  }
-  static const FakeModel::Material& At(const D3DXBuffer& buffer, i32 i) {
-    return dynamic_cast<const FakeModel&>(buffer).materials.at(static_cast<std::size_t>(i));
-  }
+  const FakeModel::Material& At(i32 i) { return model.materials.at(std::size_t(i)); }
   const FakeModel& model;
 };
 
@@ -66,7 +56,7 @@ struct FakeDirectX8 : Fake<DirectX8> {
   FakeDirectX8(CallLog& l, FakeAdapter& a) : Fake(l), adapter(a) {}
   ~FakeDirectX8() override { log.Note("DirectX8 released"); }
   Ref<IDirect3D8> Direct3DCreate() override {
-    log.Call("Direct3DCreate");
+    Call(__func__);
     return std::make_shared<FakeDirect3D>(log, adapter);
   }
   FakeAdapter& adapter;
@@ -77,12 +67,11 @@ struct FakeDX8VB : Fake<d3dx8::MatrixFunctions> {
   using Fake::Fake;
   Ref<DirectX8> NewDirectX8() override {
     if (!bPresent) throw D3DError(D3DERR_NOTAVAILABLE, "no Direct3D");
-    log.Call("NewDirectX8");
+    Call(__func__);
     return std::make_shared<FakeDirectX8>(log, adapter);
   }
   Ref<D3DX8> NewD3DX8() override {
-    log.Call("NewD3DX8");
-    return std::make_shared<FakeD3DX8>(log, model);
+    return Answer(std::make_shared<FakeD3DX8>(log, model), __func__);
   }
   bool bPresent = false;
   FakeAdapter adapter;

@@ -2,41 +2,29 @@
 
 #include "fakes/controls.h"
 #include "fakes/menu.h"
+#include "fakes/resources.h"
 #include "fakes/timer.h"
 #include "platform/form.h"
 
 namespace quillorbit::fakes {
 
-struct FakeForm : FakeContainer<FakeObject<Form>> {
-  FakeForm(CallLog& l, Registry& r, const FormDesign& d, WindowHandle hwnd, IconHandle hicon)
-      : FakeContainer(r, l, d.sName),
-        sCaption(d.sCaption),
-        sClass(d.sClass),
-        fScaleWidth(d.fScaleWidth),
-        fScaleHeight(d.fScaleHeight),
-        hWindow(hwnd),
-        hIcon(hicon) {}
+struct FakeForm : FakeContainer<Fake<Form>> {
+  FakeForm(CallLog& l, Registry& r, const FormDesign& d)
+      : FakeContainer(r, l, d.sName), design(d) {}
 
-  WindowHandle hWnd() const override { return hWindow; }
-  IconHandle Icon() const override { return hIcon; }
+  WindowHandle hWnd() const override { return sName == "frmMain" ? 1001 : 1002; }
+  IconHandle Icon() const override { return FakeResources::Icon(design.sIcon, 16); }
   std::string Caption() const override { return sCaption; }
-  void Caption(View s) override { Set("Caption", sCaption, s); }
+  void Caption(View s) override { Set(__func__, sCaption, s); }
   bool Visible() const override { return bVisible; }
-  void Show() override {
-    Call("Show");
-    bVisible = true;
-  }
-  void Hide() override {
-    Call("Hide");
-    bVisible = false;
-  }
+  void Show() override { bVisible = Answer(true, __func__); }
+  void Hide() override { bVisible = Answer(false, __func__); }
   platform::WindowState WindowState() const override { return eState; }
   void WindowState(platform::WindowState e) override {
-    Call("WindowState", static_cast<int>(e));
-    eState = e;
+    eState = Answer(e, __func__, static_cast<int>(e));
   }
-  void Width(float f) override { Call("Width", f); }
-  void Height(float f) override { Call("Height", f); }
+  void Width(float f) override { Call(__func__, f); }
+  void Height(float f) override { Call(__func__, f); }
   float ScaleWidth() const override { return fScaleWidth; }
   float ScaleHeight() const override { return fScaleHeight; }
 
@@ -49,32 +37,29 @@ struct FakeForm : FakeContainer<FakeObject<Form>> {
   Own<Menu> NewMenu(View) override { return std::make_unique<FakeMenu>(log, menuItems); }
   void PopupMenu(Menu&, u32 lFlags, MenuItem* pDefault) override {
     const auto* pItem = dynamic_cast<FakeMenuItem*>(pDefault);
-    Call("PopupMenu", lFlags, pItem == nullptr ? "no default" : pItem->sName);
+    Call(__func__, lFlags, pItem ? pItem->sName : "no default");
     if (whileMenuIsOpen) whileMenuIsOpen();
   }
 
   void Unload() override {
     if (bUnloaded) return;
-    Call("Unload");
+    Call(__func__);
     Close(UnloadReason::FormCode);
   }
-
   /// The user, the session or the program closes the window.
   void Close(UnloadReason eReason) {
-    if (bUnloaded) return;
-    bool bCancel = false;
-    if (QueryUnload) QueryUnload(bCancel, eReason);
+    bool bCancel = bUnloaded;
+    if (QueryUnload && !bUnloaded) QueryUnload(bCancel, eReason);
     if (bCancel || bUnloaded) return;
     bUnloaded = true;
     bVisible = false;
     if (Unloaded) Unloaded();
   }
 
-  std::string sCaption;
-  const std::string sClass;
-  float fScaleWidth, fScaleHeight;
-  const WindowHandle hWindow;
-  const IconHandle hIcon;
+  const FormDesign design;
+  std::string sCaption{design.sCaption};
+  const std::string sClass{design.sClass};
+  float fScaleWidth = design.fScaleWidth, fScaleHeight = design.fScaleHeight;
   bool bVisible = false, bUnloaded = false;
   platform::WindowState eState = platform::WindowState::Normal;
   std::vector<FakeTimer*> timers;

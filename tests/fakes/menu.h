@@ -5,16 +5,16 @@
 
 namespace quillorbit::fakes {
 
-struct FakeMenuItem : FakeObject<MenuItem> {
+struct FakeMenuItem : Fake<MenuItem> {
   FakeMenuItem(CallLog& l, std::vector<FakeMenuItem*>& all)
-      : FakeObject(l, "item" + std::to_string(all.size())), items(all) {
+      : Fake(l, "item" + std::to_string(all.size())), items(all) {
     items.push_back(this);
   }
   ~FakeMenuItem() override { std::erase(items, this); }
   std::string Caption() const override { return sCaption; }
-  void Caption(View s) override { Set("Caption", sCaption, s); }
-  void Visible(bool b) override { Call("Visible", b); }
-  void Enabled(bool b) override { Call("Enabled", b); }
+  void Caption(View s) override { Set(__func__, sCaption, s); }
+  void Visible(bool b) override { Call(__func__, b); }
+  void Enabled(bool b) override { Call(__func__, b); }
 
   std::string sCaption;
   std::vector<FakeMenuItem*>& items;

@@ -14,9 +14,8 @@ struct FakeProcess : Fake<Process> {
   char PathSeparator() const override { return '\\'; }
   ModuleHandle hInstance() const override { return 0x400000; }
   u32 GetVersion() const override { return lVersion; }
-  MutexHandle CreateMutexA(const void* pSecurity, bool bInitialOwner, const char* s) override {
-    log.Call("CreateMutexA", pSecurity, bInitialOwner, s);
-    return 0;
+  MutexHandle CreateMutexA(const void* p, bool bInitialOwner, const char* s) override {
+    return Answer(0U, __func__, p, bInitialOwner, s);
   }
   double Rnd() override { return dRnd; }
 

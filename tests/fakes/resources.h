@@ -15,16 +15,14 @@ struct FakeResources : Fake<Resources> {
   int GetSystemMetrics(int nIndex) const override {
     return std::map<int, int>{{11, 32}, {12, 33}, {49, 16}, {50, 17}}.at(nIndex);
   }
-  IconHandle LoadImageA(ModuleHandle hInst, const char* sName, u32 lType, int cx, int cy,
-                        u32 lFlags) override {
-    log.Call("LoadImageA", hInst, sName, lType, cx, cy, lFlags);
-    return Icon(sName, cx);
+  IconHandle LoadImageA(ModuleHandle h, const char* s, u32 lType, int cx, int cy, u32 l) override {
+    return Answer(Icon(s, cx), __func__, h, s, lType, cx, cy, l);
   }
 
   /// The handle of an icon at a size; 0 when there is no such icon.
-  static IconHandle Icon(const std::string& sName, int cx) {
+  static IconHandle Icon(const std::string& sIcon, int cx) {
     static const std::map<std::string, int> icons{{"AAA", 100}, {"OK", 200}, {"ERROR", 300}};
-    return icons.contains(sName) ? static_cast<IconHandle>(icons.at(sName) + cx) : 0;
+    return icons.contains(sIcon) ? static_cast<IconHandle>(icons.at(sIcon) + cx) : 0;
   }
 
   bool bMissing = false;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sstream>
-
 #include "base/Utf16.h"
 #include "fakes/call_log.h"
 #include "platform/shell.h"
@@ -12,12 +10,10 @@ namespace quillorbit::fakes {
 struct FakeShell : Fake<Shell> {
   using Fake::Fake;
   bool Shell_NotifyIconA(u32 lMessage, const NOTIFYICONDATAA& data) override {
-    lastA = data;
-    return Notify("Shell_NotifyIconA", lMessage, data);
+    return Notify(__func__, lMessage, lastA = data);
   }
   bool Shell_NotifyIconW(u32 lMessage, const NOTIFYICONDATAW& data) override {
-    lastW = data;
-    return Notify("Shell_NotifyIconW", lMessage, data);
+    return Notify(__func__, lMessage, lastW = data);
   }
 
   NOTIFYICONDATAA lastA{};
@@ -28,17 +24,18 @@ struct FakeShell : Fake<Shell> {
   static std::string Text(std::u16string_view s) { return ToUtf8(s.substr(0, s.find(u'\0'))); }
 
   template <class Char>
-  bool Notify(const char* sCall, u32 lMessage, const NotifyIconData<Char>& r) {
+  bool Notify(View sCall, u32 lMessage, const NotifyIconData<Char>& r) {
     const auto text = [](const auto& field) { return Text({field, std::size(field)}); };
     const u32 lValid = lMessage <= NIM_MODIFY ? r.uFlags : 0;
     std::ostringstream fields;
+    fields << r.uID;
     if (lValid & NIF_MESSAGE) fields << ", message " << r.uCallbackMessage;
     if (lValid & NIF_ICON) fields << ", icon " << r.hIcon;
     if (lValid & NIF_TIP) fields << ", tip " << text(r.szTip);
     if (lValid & NIF_INFO)
       fields << ", balloon " << text(r.szInfoTitle) << ": " << text(r.szInfo) << ", "
              << r.dwInfoFlags << ", " << r.uTimeout;
-    log.Call(sCall, lMessage, r.cbSize, r.hWnd, std::to_string(r.uID) + fields.str());
+    Call(sCall, lMessage, r.cbSize, r.hWnd, fields.str());
     return false;  // nobody looks at it
   }
 };

@@ -5,11 +5,11 @@
 
 namespace quillorbit::fakes {
 
-struct FakeTimer : FakeObject<Timer> {
+struct FakeTimer : Fake<Timer> {
   FakeTimer(CallLog& l, View name, int interval, bool enabled)
-      : FakeObject(l, name), iInterval(interval), bEnabled(enabled) {}
-  void Interval(int i) override { Set("Interval", iInterval, i); }
-  void Enabled(bool b) override { Set("Enabled", bEnabled, b); }
+      : Fake(l, name), iInterval(interval), bEnabled(enabled) {}
+  void Interval(int i) override { Set(__func__, iInterval, i); }
+  void Enabled(bool b) override { Set(__func__, bEnabled, b); }
 
   /// The interval has passed.
   void Elapse() {

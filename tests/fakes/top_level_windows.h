@@ -14,34 +14,26 @@ struct FakeWindow {
 struct FakeTopLevelWindows : Fake<TopLevelWindows> {
   using Fake::Fake;
   bool EnumWindows(const WNDENUMPROC& enumProc, i32 lParam) override {
-    log.Call("EnumWindows", lParam);
+    Call(__func__, lParam);
     return std::ranges::all_of(windows, [&](const auto& w) { return enumProc(w.hwnd, lParam); });
   }
-  bool IsWindowVisible(WindowHandle hwnd) override { return Find(hwnd).bVisible; }
-  int GetWindowTextLengthA(WindowHandle hwnd) override {
-    return static_cast<int>(Find(hwnd).sTitle.size()) + nLengthExcess;
+  bool IsWindowVisible(WindowHandle h) override { return Find(h).bVisible; }
+  int GetWindowTextLengthA(WindowHandle h) override {
+    return static_cast<int>(Find(h).sTitle.size()) + nLengthExcess;
   }
-  int GetWindowTextA(WindowHandle hwnd, char* sBuffer, int nMaxCount) override {
-    return Copy(Find(hwnd).sTitle, sBuffer, nMaxCount);
+  int GetWindowTextA(WindowHandle h, char* sBuffer, int nMaxCount) override {
+    return Copy(Find(h).sTitle, sBuffer, nMaxCount);
   }
-  int GetClassNameA(WindowHandle hwnd, char* sBuffer, int nMaxCount) override {
-    return Copy(Find(hwnd).sClass, sBuffer, nMaxCount);
+  int GetClassNameA(WindowHandle h, char* sBuffer, int nMaxCount) override {
+    return Copy(Find(h).sClass, sBuffer, nMaxCount);
   }
-  bool ShowWindow(WindowHandle hwnd, int nCmdShow) override {
-    log.Call("ShowWindow", hwnd, nCmdShow);
-    return true;
+  bool ShowWindow(WindowHandle h, int n) override { return Answer(true, __func__, h, n); }
+  bool SetForegroundWindow(WindowHandle h) override { return Answer(true, __func__, h); }
+  WindowHandle GetWindow(WindowHandle h, u32 lCommand) override {
+    return Answer(owners[h], __func__, h, lCommand);
   }
-  bool SetForegroundWindow(WindowHandle hwnd) override {
-    log.Call("SetForegroundWindow", hwnd);
-    return true;
-  }
-  WindowHandle GetWindow(WindowHandle hwnd, u32 lCommand) override {
-    log.Call("GetWindow", hwnd, lCommand);
-    return owners[hwnd];
-  }
-  u32 SendMessageA(WindowHandle hwnd, u32 lMessage, u32 wParam, u32 lParam) override {
-    log.Call("SendMessageA", hwnd, lMessage, wParam, lParam);
-    return 0;
+  u32 SendMessageA(WindowHandle h, u32 lMessage, u32 wParam, u32 lParam) override {
+    return Answer(0U, __func__, h, lMessage, wParam, lParam);
   }
 
   std::vector<FakeWindow> windows;

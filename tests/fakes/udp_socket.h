@@ -7,24 +7,21 @@
 
 namespace quillorbit::fakes {
 
-struct FakeUdpSocket : FakeObject<UdpSocket> {
-  FakeUdpSocket(CallLog& l, const std::set<i32>& held) : FakeObject(l, "sckUDP"), heldPorts(held) {}
-  void Protocol(SocketProtocol e) override { Call("Protocol", static_cast<int>(e)); }
+struct FakeUdpSocket : Fake<UdpSocket> {
+  FakeUdpSocket(CallLog& l, const std::set<i32>& held) : Fake(l, "sckUDP"), heldPorts(held) {}
+  void Protocol(SocketProtocol e) override { Call(__func__, static_cast<int>(e)); }
   void Bind(i32 lPort) override {
-    Call("Bind", lPort);
+    Call(__func__, lPort);
     if (lPort < 1 || lPort > 65535 || lBound != 0 || heldPorts.contains(lPort))
-      throw std::system_error(EADDRINUSE, std::generic_category());
+      throw std::system_error(std::make_error_code(std::errc::address_in_use));
     lBound = lPort;
   }
   std::size_t GetData(std::span<std::byte> data) override {
-    if (bReadFails) throw std::system_error(EIO, std::generic_category());
+    if (bReadFails) throw std::system_error(std::make_error_code(std::errc::io_error));
     std::copy_n(pending.begin(), std::min(data.size(), pending.size()), data.begin());
     return pending.size();
   }
-  void Close() override {
-    Call("Close");
-    lBound = 0;
-  }
+  void Close() override { lBound = Answer(0, __func__); }
 
   void Arrive(std::span<const std::byte> datagram) {
     pending = datagram;
