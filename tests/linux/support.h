@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -24,17 +23,6 @@ class TemporaryRuntimeFolder : public TemporaryFolder {
  public:
   TemporaryRuntimeFolder() { setenv("XDG_RUNTIME_DIR", Path().c_str(), 1); }
   ~TemporaryRuntimeFolder() { unsetenv("XDG_RUNTIME_DIR"); }
-};
-
-/// Acts as another user for its life. Needs root.
-class AsNobody {
- public:
-  AsNobody() {
-    if (seteuid(65534) != 0) throw std::runtime_error("seteuid");
-  }
-  ~AsNobody() {
-    if (seteuid(0) != 0) std::abort();
-  }
 };
 
 /// Runs the event loop until the condition holds; false when it does not within two seconds.

@@ -39,16 +39,11 @@ TEST(SendClock, KeepsTheRateWithoutDriftAndWithoutAFlood) {
 
 TEST(Latency, CountsEachFateOfADatagram) {
   LatencyLog log;
-  EXPECT_EQ(log.CsvLine(), "0,0,0,0,,,,,\n");
   for (int n = 0; n < 5; ++n) log.Sent(Clock::time_point{seconds(1)});
   int nTime = 0;
   for (const std::int32_t nNumber : {1, 3, 2, 3, 5, 6, -1})
     log.Arrived(nNumber, Clock::time_point{seconds(1) + microseconds(nTime += 10)});
   EXPECT_EQ(log.CsvLine(), "5,4,1,1,10.0,20.0,50.0,50.0,50.0\n");
-  EXPECT_EQ(log.Summary(),
-            "sent 5, arrived 4, lost 1, out of order 1, duplicated 1\n"
-            "reports of datagrams that were not sent here: 2\n"
-            "microseconds: min 10.0, median 20.0, p90 50.0, p99 50.0, max 50.0\n");
 }
 
 }  // namespace

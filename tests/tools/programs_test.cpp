@@ -116,7 +116,6 @@ TEST_F(Tools, SenderKeepsTheRateWhetherOrNotAnybodyListens) {
 
   m_port = {};
   EXPECT_EQ(ReceiveAll(Sender({"--count=5", "--rate=100"})), "");
-  EXPECT_THAT(m_sErrors, HasSubstr("sent 5 datagrams"));
   EXPECT_THAT(m_sErrors, HasSubstr("send errors 4 (Connection refused)"));
 }
 
@@ -165,18 +164,14 @@ TEST_F(Tools, SayWhatTheyDoNotUnderstandOrCannotDo) {
     std::string sMessage;
   } cases[] = {
       {QUILLORBIT_DRIVER, {"--nonsense"}, 2, "--nonsense: no such option"},
-      {QUILLORBIT_DRIVER, {"--record"}, 2, "--record: a value is missing"},
       {QUILLORBIT_DRIVER, {"--print", "--record", "-"}, 2, "--record -: the standard output"},
       {QUILLORBIT_SEND, {"--port", "0"}, 2, "--port: '0' is not a number from 1 to 65535"},
-      {QUILLORBIT_SEND, {"--port", "5000x"}, 2, "--port: '5000x'"},
       {QUILLORBIT_SEND, {"--seconds", "nan"}, 2, "--seconds: 'nan'"},
-      {QUILLORBIT_SEND, {"--pattern", "spiral"}, 2, "--pattern: 'spiral'"},
       {QUILLORBIT_SEND, {"--pattern=sweep", "--file=f"}, 2, "--pattern sweep: cannot go with"},
       {QUILLORBIT_SEND, {"--once"}, 2, "--once: needs --file"},
       {QUILLORBIT_SEND, {"--file=/dev/null"}, 1, "/dev/null: holds no datagram"},
       {QUILLORBIT_SEND, {"--file=/dev/zero"}, 1, "/dev/zero: is longer than 64 MiB"},
       {QUILLORBIT_SEND, {"--file=" + m_sRecord}, 1, m_sRecord + ": its size is not a multiple of"},
-      {QUILLORBIT_SEND, {"--file=/missing"}, 1, "/missing: No such file or directory"},
       {QUILLORBIT_SEND, {"--record", test::FullDisk()}, 1, "/dev/full: No space left on device"},
       {QUILLORBIT_SEND, {"--measure", "--wait=0.1"}, 1, "no program has opened the device"},
   };

@@ -27,12 +27,9 @@ TEST(Resources, HaveMaskedIconsScaledFromTheNearestSize) {
   const auto image = [&](const char* sName, int n) { return resources.Image(load(sName, n, n)); };
   for (const int n : {16, 32, 48}) EXPECT_LT(Shape(image("AAA", n)).size(), n * n * 0.9) << n;
   EXPECT_NE(Shape(image("OK", 16)), Shape(image("ERROR", 16)));
-  for (const auto& [nFrom, size] : {std::pair(16, QSize(1, 1)),
-                                    {32, QSize(24, 24)},
-                                    {48, QSize(256, 256)},
-                                    {16, QSize(16, 20)}})
-    EXPECT_EQ(resources.Image(load("AAA", size.width(), size.height())),
-              image("AAA", nFrom).scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+  for (const auto& [nFrom, n] : {std::pair(16, 1), {32, 24}, {48, 256}})
+    EXPECT_EQ(image("AAA", n),
+              image("AAA", nFrom).scaled(n, n, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
 
   const std::set handles = {load("OK", 16, 16), load("OK", 16, 16), load("OK", 16, 32)};
   EXPECT_EQ(handles.size(), 2U);
