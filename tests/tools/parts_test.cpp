@@ -19,7 +19,6 @@ TEST(Patterns, ShowEverythingTheyPromise) {
   }
   EXPECT_EQ(MotionAt(Pattern::circle, 0), (MotionData{150, 75, 75, 75, 0}));
   EXPECT_EQ(MotionAt(Pattern::circle, 3), (MotionData{75, 0, 75, 75, 0}));
-  EXPECT_EQ(MotionAt(Pattern::demo, 2), (MotionData{75, 135, 101, 133, 16}));
   for (int n = 0; n < 32; ++n) {
     const auto pressed = static_cast<std::uint32_t>(MotionAt(Pattern::buttons, n / 4.0 + 0.1).b);
     EXPECT_EQ(pressed, 1U << n);

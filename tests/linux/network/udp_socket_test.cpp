@@ -89,7 +89,6 @@ TEST_F(LinuxUdpSocketTest, MayBeReboundInsideItsHandlerAndDropsWhatWasPending) {
   m_ipv4.Send(m_port, 20, 1);
   m_ipv4.Send(m_port, 20, 2);
   EXPECT_TRUE(WaitUntil([&] { return m_taken == std::vector<Datagram>{{20, 1}, {20, 3}}; }));
-  EXPECT_EQ(OtherSocket(sIPv4, m_port).m_port, m_port);  // the old port is free again
 }
 
 TEST_F(LinuxUdpSocketTest, RefusesAPortThatAnybodyHoldsOrThatIsNone) {
@@ -98,7 +97,6 @@ TEST_F(LinuxUdpSocketTest, RefusesAPortThatAnybodyHoldsOrThatIsNone) {
   m_socket->Bind(m_port);  // the failures left it closed
   EXPECT_THROW(m_socket->Bind(m_port), std::system_error);
   EXPECT_EQ(OtherSocket(sIPv4, m_port).m_port, 0);
-  EXPECT_EQ(OtherSocket(sIPv6, m_port).m_port, 0);
 }
 
 }  // namespace

@@ -30,9 +30,7 @@ TEST(Resources, HaveMaskedIconsScaledFromTheNearestSize) {
   for (const auto& [nFrom, n] : {std::pair(16, 1), {32, 24}, {48, 256}})
     EXPECT_EQ(image("AAA", n),
               image("AAA", nFrom).scaled(n, n, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
-
-  const std::set handles = {load("OK", 16, 16), load("OK", 16, 16), load("OK", 16, 32)};
-  EXPECT_EQ(handles.size(), 2U);
+  EXPECT_EQ(load("OK", 16, 16), load("OK", 16, 16));
   for (const char* sName : {"", "NONE", "aaa", "../ICON/AAA"}) EXPECT_EQ(load(sName, 16, 16), 0U);
   for (const int n : {0, -1, 257}) EXPECT_EQ(load("AAA", 16, n) + load("AAA", n, 16), 0U) << n;
   EXPECT_TRUE(resources.Image(0).isNull() && resources.Image(UINT32_MAX).isNull());

@@ -11,9 +11,6 @@ stty -F /dev/ttyS1 raw
 exec >/dev/ttyS1 2>&1 </dev/null
 
 /uinput_readback
-echo "[not permitted]"
-echo 'player:x:1000:1000::/tmp:/bin/sh' >/etc/passwd
-su player -c /uinput_readback
 
 stty -F /dev/ttyS1 raw  # returns when all is sent
 poweroff -f
