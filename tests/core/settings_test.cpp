@@ -28,7 +28,6 @@ TEST_F(SettingsTest, LoadTakesWhatThereIs) {
   EXPECT_EQ(setup.Port, 0);  // the first one counts, and it is no number
   EXPECT_EQ(setup.Samples, 5002);
   EXPECT_EQ(setup.Msg(5), "");
-  EXPECT_EQ(setup.Msg(13), "");
 }
 
 TEST_F(SettingsTest, AnotherRootResetsTheNumbers) {

@@ -41,11 +41,9 @@ TEST_F(NewestFrameTest, FrameReachesTheDeviceCallByCallBeforePresentReturns) {
   fakes::CallLog directLog;
   fakes::FakeDirect3DDevice direct(directLog);
   const float vertices[] = {1, 2, 3, 4, 5, 6};
-  D3DLIGHT8 light{};
-  light.Direction.x = 2;
   for (IDirect3DDevice8* p : std::initializer_list<IDirect3DDevice8*>{&direct, &device}) {
     p->SetTransform(D3DTS_VIEW, {{{{1, 2}, {3}}}});
-    p->SetLight(1, light);
+    p->SetLight(1, {});
     p->LightEnable(2, true);
     p->SetStreamSource(0, std::make_shared<fakes::FakeVertexBuffer>(12), 12);
     p->SetIndices(std::make_shared<fakes::FakeIndexBuffer>(12), 0);
@@ -98,6 +96,7 @@ TEST_F(NewestFrameTest, StatesOfADroppedFrameStaySetAndReadTheSame) {
 TEST_F(NewestFrameTest, HiddenSurfaceKeepsTheNewestFrameUntilItIsShown) {
   bVisible = false;
   for (std::uint32_t i = 1; i <= 3; ++i, now += 1s) Draw(i);
+  device.ShowKeptFrame();  // not while it is hidden
   EXPECT_EQ(log.Take(), Lines({"SetVertexShader 1", "SetVertexShader 2"}));
   bVisible = true;
   device.ShowKeptFrame();
