@@ -98,11 +98,11 @@ TEST(View, DatagramIsDrawnBeforeItsLightIsSwitched) {
 TEST(View, WhateverTheSetupLacksTheTextDisplayTakesItsPlaceForGood) {
   const Lines whole = ViewProgram().Start();
   const auto first = std::ranges::find(whole, setup.front()) - whole.begin();
-  for (std::size_t k = 1; k <= setup.size(); ++k) {
+  for (std::size_t k = 2; k <= setup.size(); ++k) {
     ViewProgram broken;
     broken.log.FailAt(static_cast<std::size_t>(first) + k);
     const Lines calls = broken.Start();
-    EXPECT_THAT(calls, Contains("picSurface.Visible 0")) << k;
+    EXPECT_THAT(calls, IsSupersetOf({"DirectX8 released", "picSurface.Visible 0"})) << k;
     broken.Arrive({.x = 100});
     broken.tmrCheck().Elapse();
     EXPECT_THAT(broken.Paint(), Contains("lblX.Caption 100 (50)")) << k;
