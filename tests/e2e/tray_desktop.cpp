@@ -11,6 +11,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
+constexpr const char* sRegister = "RegisterStatusNotifierItem";
 constexpr const char* sTooltipType = "_NET_WM_WINDOW_TYPE_TOOLTIP";
 constexpr const char* sDockedType = "_KDE_NET_WM_WINDOW_TYPE_OVERRIDE";
 /// A tip has a line of text, a balloon at least two.
@@ -61,7 +62,7 @@ void TrayDesktop::StartBus() {
 
 void TrayDesktop::StartHost(const std::vector<std::string>& arguments) {
   m_host = std::make_unique<ChildProcess>(m_folder, QUILLORBIT_STATUS_HOST, arguments);
-  ASSERT_TRUE(Eventually([&] { return m_host->Output().starts_with("ready\n"); }));
+  ASSERT_TRUE(Eventually([&] { return m_host->Output().starts_with("ready"); }));
 }
 
 void TrayDesktop::StartTrayer() {
@@ -71,24 +72,35 @@ void TrayDesktop::StartTrayer() {
                                "--heighttype", "request"});
 }
 
-std::vector<std::string> TrayDesktop::Heard(const std::string& sBeginning) const {
+std::vector<std::string> TrayDesktop::Heard(const std::string& sName) const {
   std::vector<std::string> found;
   std::istringstream lines(m_host ? m_host->Output() : "");
   for (std::string sLine; std::getline(lines, sLine);)
-    if (sLine.starts_with(sBeginning)) found.push_back(sLine.substr(sBeginning.size()));
+    if (sLine.starts_with(sName + ' ')) found.push_back(sLine.substr(sName.size() + 1));
   return found;
 }
 
-std::string TrayDesktop::LastHeard(const std::string& sBeginning) const {
-  const auto lines = Heard(sBeginning);
+std::string TrayDesktop::LastHeard(const std::string& sName) const {
+  const auto lines = Heard(sName);
   return lines.empty() ? "" : lines.back();
 }
 
-void TrayDesktop::User(const std::string& sAction) {
-  const std::string sReply = Command(
-      "dbus-send --session --print-reply --dest=org.quillorbit.User / org.quillorbit.User." +
-      sAction + " 2>&1");
+std::string TrayDesktop::Call(const std::string& sService, const std::string& sCall) {
+  std::string sReply =
+      Command("dbus-send --session --print-reply --dest=" + sService + " " + sCall + " 2>&1");
   EXPECT_TRUE(sReply.starts_with("method return")) << sReply;
+  return sReply;
+}
+
+std::string TrayDesktop::CallItem(const std::string& sCall) const {
+  const std::string sRegistered = LastHeard(sRegister);
+  const std::size_t nQuote = sRegistered.find('"', 2);
+  EXPECT_NE(nQuote, std::string::npos) << sRegistered;
+  return Call(sRegistered.substr(2, nQuote - 2), sCall);  // behind ("
+}
+
+void TrayDesktop::EndNotification(const std::string& sSignal) {
+  Call("org.quillorbit.User", "/ org.quillorbit.User." + sSignal);
 }
 
 std::optional<ScreenWindow> TrayDesktop::DockedIcon() {
@@ -111,18 +123,18 @@ void TrayDesktop::Mouse(const ScreenWindow& window, int x, int nFromBottom,
 }
 
 bool TrayDesktop::HasIcon() const {
-  return m_eTray == Tray::Bus ? LastHeard("item ") == "registered" : DockedIcon().has_value();
+  return m_eTray == Tray::Bus ? !LastHeard(sRegister).empty() : DockedIcon().has_value();
 }
 
 std::string TrayDesktop::Icon() const {
-  if (m_eTray == Tray::Bus) return LastHeard("IconPixmap ");
+  if (m_eTray == Tray::Bus) return LastHeard("IconPixmap");
   const auto icon = DockedIcon();
   // A balloon may cover the upper part.
   return icon ? Picture(*icon, icon->nHeight - icon->nHeight / 3, icon->nHeight) : "";
 }
 
 std::string TrayDesktop::Tip() {
-  if (m_eTray == Tray::Bus) return LastHeard("ToolTip ");
+  if (m_eTray == Tray::Bus) return LastHeard("ToolTip");
   std::vector<ScreenWindow> tips;
   EXPECT_TRUE(Eventually([&] {
     // Moves in quick succession are one to the toolkit, and one alone only enters the icon.
@@ -136,7 +148,10 @@ std::string TrayDesktop::Tip() {
 }
 
 void TrayDesktop::ClickIcon() {
-  if (m_eTray == Tray::Bus) return User("Activate");
+  if (m_eTray == Tray::Bus) {
+    CallItem("/StatusNotifierItem org.kde.StatusNotifierItem.Activate int32:0 int32:0");
+    return;
+  }
   const auto icon = DockedIcon();
   ASSERT_TRUE(icon);
   Mouse(*icon, 0, 3, "mousedown 1 sleep 0.3");
@@ -147,19 +162,25 @@ void TrayDesktop::ClickIcon() {
 void TrayDesktop::OpenMenu() {
   const auto icon = DockedIcon();
   if (m_eTray == Tray::Bus)
-    User("ContextMenu");
+    CallItem("/StatusNotifierItem org.kde.StatusNotifierItem.ContextMenu int32:0 int32:0");
   else if (icon)
     Mouse(*icon, 0, 3, "click 3");
   ASSERT_TRUE(Eventually([] { return Menu().has_value(); }));
 }
 
+void TrayDesktop::CloseMenu() {
+  Command("xdotool key Escape");
+  ASSERT_TRUE(Eventually([] { return !Menu(); }));
+}
+
 std::size_t TrayDesktop::Balloons() {
   for (const ScreenWindow& window : Tooltips(true)) m_balloonWindows.insert(window.nId);
-  return m_balloonWindows.size() + Heard("notification ").size();
+  return m_balloonWindows.size() + Heard("Notify").size();
 }
 
 void TrayDesktop::EndBalloon(bool bClick) {
-  if (m_eTray != Tray::Docked) return User(bClick ? "ClickNotification" : "DismissNotification");
+  if (m_eTray != Tray::Docked)
+    return EndNotification(bClick ? "ActionInvoked string:default" : "NotificationClosed uint32:2");
   ASSERT_TRUE(Eventually([] { return !Tooltips(true).empty(); }));
   Mouse(Tooltips(true).front(), 0, 40, bClick ? "click 1" : "click 3");
   EXPECT_TRUE(Eventually([] { return Tooltips(true).empty(); }));

@@ -6,7 +6,6 @@
 #include <ostream>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "e2e/desktop.h"
@@ -32,11 +31,14 @@ class TrayDesktop : public Desktop {
   void StartHost(const std::vector<std::string>& arguments = {});
   void StartTrayer();
 
-  /// What the services have said: all lines that begin so, without their beginning.
-  [[nodiscard]] std::vector<std::string> Heard(const std::string& sBeginning) const;
-  [[nodiscard]] std::string LastHeard(const std::string& sBeginning) const;
-  /// Does what the user would do to the item or a notification, by its name in status_host.cpp.
-  static void User(const std::string& sAction);
+  /// What follows a name in the lines that status_host has printed: the arguments of each call of
+  /// that name, or each value of that property.
+  [[nodiscard]] std::vector<std::string> Heard(const std::string& sName) const;
+  [[nodiscard]] std::string LastHeard(const std::string& sName) const;
+  /// Calls the item, or what is beside it, in the words of dbus-send; returns the reply.
+  std::string CallItem(const std::string& sCall) const;
+  /// Has the user do something to the last notification, by a signal of the notification service.
+  static void EndNotification(const std::string& sSignal);
 
   [[nodiscard]] bool HasIcon() const;
   [[nodiscard]] static std::optional<ScreenWindow> DockedIcon();
@@ -48,6 +50,8 @@ class TrayDesktop : public Desktop {
   void ClickIcon();
   /// Presses the right button on the icon and waits for the menu.
   void OpenMenu();
+  /// Presses Escape in the menu and waits until it is gone.
+  static void CloseMenu();
   [[nodiscard]] static std::optional<ScreenWindow> Menu();
 
   /// How many balloons there have been. To be asked again and again where they are windows.
@@ -64,6 +68,8 @@ class TrayDesktop : public Desktop {
   std::unique_ptr<ChildProcess> m_bus, m_host, m_trayer;
 
  private:
+  /// Calls a method in the words of dbus-send and returns the reply.
+  static std::string Call(const std::string& sService, const std::string& sCall);
   /// Moves the mouse to a place of a window, from its middle and its bottom, and goes on.
   static void Mouse(const ScreenWindow& window, int x, int nFromBottom, const std::string& sThen);
 
