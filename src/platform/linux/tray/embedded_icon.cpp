@@ -51,8 +51,8 @@ ButtonCodes CodesOf(Qt::MouseButton eButton) {
 
 }  // namespace
 
-EmbeddedIcon::EmbeddedIcon(const QImage& image, const QString& sTip, Tell tell)
-    : m_icon(ToIcon(image)), m_tell(std::move(tell)) {
+EmbeddedIcon::EmbeddedIcon(const QImage& image, const QString& sTip, Report report)
+    : m_icon(ToIcon(image)), m_report(std::move(report)) {
   SetTip(sTip);
   QObject::connect(&m_icon, &QSystemTrayIcon::messageClicked, this, &EmbeddedIcon::MessageClicked);
   m_icon.show();
@@ -66,7 +66,7 @@ void EmbeddedIcon::SetImage(const QImage& image) { m_icon.setIcon(ToIcon(image))
 void EmbeddedIcon::ShowBalloon(const Balloon& balloon) {
   m_icon.showMessage(balloon.sTitle, balloon.sText, MessageIcon(balloon.lIcon),
                      balloon.lTimeout == 0 ? nBalloonTime : static_cast<int>(balloon.lTimeout));
-  m_tell(NIN_BALLOONSHOW);
+  m_report(NIN_BALLOONSHOW);
 }
 
 bool EmbeddedIcon::eventFilter(QObject* pWatched, QEvent* pEvent) {
@@ -82,13 +82,13 @@ bool EmbeddedIcon::eventFilter(QObject* pWatched, QEvent* pEvent) {
   const std::uint32_t lCode = eType == QEvent::MouseButtonPress      ? codes.lPress
                               : eType == QEvent::MouseButtonDblClick ? codes.lDoubleClick
                                                                      : codes.lRelease;
-  if (lCode != 0) m_tell(lCode);
+  if (lCode != 0) m_report(lCode);
   return false;
 }
 
 /// A press on the icon also comes here while a balloon stands beside it.
 void EmbeddedIcon::MessageClicked() {
-  if (!m_icon.geometry().contains(QCursor::pos())) m_tell(NIN_BALLOONUSERCLICK);
+  if (!m_icon.geometry().contains(QCursor::pos())) m_report(NIN_BALLOONUSERCLICK);
 }
 
 }  // namespace quillorbit::linux_adapter

@@ -16,9 +16,9 @@ namespace quillorbit::linux_adapter {
 class EmbeddedIcon final : public QObject {
  public:
   /// Gets the platform's notification codes of the mouse's buttons and of the balloons.
-  using Tell = std::function<void(std::uint32_t lCode)>;
+  using Report = std::function<void(std::uint32_t lCode)>;
 
-  EmbeddedIcon(const QImage& image, const QString& sTip, Tell tell);
+  EmbeddedIcon(const QImage& image, const QString& sTip, Report report);
 
   void SetImage(const QImage& image);
   void SetTip(const QString& sTip) { m_icon.setToolTip(sTip); }
@@ -29,7 +29,7 @@ class EmbeddedIcon final : public QObject {
   void MessageClicked();
 
   QSystemTrayIcon m_icon;
-  Tell m_tell;
+  Report m_report;
 };
 
 }  // namespace quillorbit::linux_adapter

@@ -68,11 +68,11 @@ template <class Char>
 bool LinuxShell::Add(const platform::NotifyIconData<Char>& data) {
   LinuxForm* const pForm = m_toolkit.FormOf(data.hWnd);
   if (pForm == nullptr || m_icons.contains({data.hWnd, data.uID})) return false;
-  const bool bTells =
+  const bool bReports =
       (data.uFlags & platform::NIF_MESSAGE) != 0 && data.uCallbackMessage == platform::WM_MOUSEMOVE;
   auto icon = std::make_unique<TrayIcon>(
-      m_sBusAddress, pForm->MenuWidget(), [this, hWnd = data.hWnd, bTells](std::uint32_t lCode) {
-        LinuxForm* const pReceiver = bTells ? m_toolkit.FormOf(hWnd) : nullptr;
+      m_sBusAddress, pForm->MenuWidget(), [this, hWnd = data.hWnd, bReports](std::uint32_t lCode) {
+        LinuxForm* const pReceiver = bReports ? m_toolkit.FormOf(hWnd) : nullptr;
         if (pReceiver != nullptr && pReceiver->MouseMove)
           pReceiver->MouseMove(static_cast<std::int32_t>(lCode));
       });

@@ -36,7 +36,7 @@ class LinuxShell final : public platform::Shell {
   const LinuxResources& m_resources;
   std::string m_sBusAddress;
   std::map<std::pair<platform::WindowHandle, std::uint32_t>, std::unique_ptr<TrayIcon>> m_icons;
-  std::vector<std::unique_ptr<TrayIcon>> m_removed;  ///< one may be telling what removed it
+  std::vector<std::unique_ptr<TrayIcon>> m_removed;  ///< one may be in the report that removed it
 };
 
 }  // namespace quillorbit::linux_adapter

@@ -24,8 +24,8 @@ struct StatusItem::Interface {
   template <std::uint32_t lPress, std::uint32_t lRelease>
   static int Click(sd_bus_message* pCall, void* pItem, sd_bus_error*) {
     const StatusItem& item = Of(pItem);
-    item.m_tell(lPress);
-    item.m_tell(lRelease);
+    item.m_report(lPress);
+    item.m_report(lRelease);
     return sd_bus_reply_method_return(pCall, nullptr);
   }
 
@@ -107,8 +107,8 @@ struct StatusItem::Interface {
       SD_BUS_VTABLE_END};
 };
 
-StatusItem::StatusItem(SessionBus& bus, QMenu* pMenu, Tell tell)
-    : m_bus(bus), m_tell(std::move(tell)), m_menu(bus, pMenu) {
+StatusItem::StatusItem(SessionBus& bus, QMenu* pMenu, Report report)
+    : m_bus(bus), m_report(std::move(report)), m_menu(bus, pMenu) {
   const auto publish = [this] {
     m_bus.Export(sPath, sInterface, static_cast<const sd_bus_vtable*>(Interface::table), this);
   };

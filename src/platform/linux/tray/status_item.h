@@ -18,10 +18,10 @@ namespace quillorbit::linux_adapter {
 class StatusItem final : public QObject {
  public:
   /// Gets the platform's notification codes of a click.
-  using Tell = std::function<void(std::uint32_t lCode)>;
+  using Report = std::function<void(std::uint32_t lCode)>;
 
   /// A host that shows menus itself is given the menu, which may be null.
-  StatusItem(SessionBus& bus, QMenu* pMenu, Tell tell);
+  StatusItem(SessionBus& bus, QMenu* pMenu, Report report);
 
   void SetImage(const QImage& image);
   void SetTip(const QString& sTip);
@@ -30,7 +30,7 @@ class StatusItem final : public QObject {
   struct Interface;  ///< what the bus calls
 
   SessionBus& m_bus;
-  Tell m_tell;
+  Report m_report;
   QImage m_image;
   QString m_sTip;
   StatusMenu m_menu;

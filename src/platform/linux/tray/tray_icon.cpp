@@ -6,15 +6,15 @@
 
 namespace quillorbit::linux_adapter {
 
-TrayIcon::TrayIcon(const std::string& sBusAddress, QMenu* pMenu, Tell tell)
+TrayIcon::TrayIcon(const std::string& sBusAddress, QMenu* pMenu, Report report)
     : m_bus(sBusAddress),
       m_area(m_bus),
-      m_tell(std::move(tell)),
-      m_item(m_bus, pMenu, [this](std::uint32_t lCode) { TellCode(lCode); }),
-      m_notifications(m_bus, {.Shown = [this] { TellCode(platform::NIN_BALLOONSHOW); },
-                              .Hidden = [this] { TellCode(platform::NIN_BALLOONHIDE); },
-                              .TimedOut = [this] { TellCode(platform::NIN_BALLOONTIMEOUT); },
-                              .Clicked = [this] { TellCode(platform::NIN_BALLOONUSERCLICK); },
+      m_report(std::move(report)),
+      m_item(m_bus, pMenu, [this](std::uint32_t lCode) { ReportCode(lCode); }),
+      m_notifications(m_bus, {.Shown = [this] { ReportCode(platform::NIN_BALLOONSHOW); },
+                              .Hidden = [this] { ReportCode(platform::NIN_BALLOONHIDE); },
+                              .TimedOut = [this] { ReportCode(platform::NIN_BALLOONTIMEOUT); },
+                              .Clicked = [this] { ReportCode(platform::NIN_BALLOONUSERCLICK); },
                               .NoService =
                                   [this](const Balloon& balloon) {
                                     if (m_embedded) m_embedded->ShowBalloon(balloon);
@@ -62,7 +62,7 @@ void TrayIcon::Update() {
     m_embedded->SetTip(m_sTip);
   } else {
     m_embedded = std::make_unique<EmbeddedIcon>(m_image, m_sTip,
-                                                [this](std::uint32_t lCode) { TellCode(lCode); });
+                                                [this](std::uint32_t lCode) { ReportCode(lCode); });
   }
   if (m_balloon)
     m_notifications.Show(*std::exchange(m_balloon, std::nullopt), m_embedded != nullptr);
@@ -70,11 +70,11 @@ void TrayIcon::Update() {
 
 /// From the event loop: the owner may open a menu and wait, and meanwhile what reported the code
 /// may be gone.
-void TrayIcon::TellCode(std::uint32_t lCode) {
-  const auto tell = [this, lCode] {
-    if (!m_bRemoved) m_tell(lCode);
+void TrayIcon::ReportCode(std::uint32_t lCode) {
+  const auto report = [this, lCode] {
+    if (!m_bRemoved) m_report(lCode);
   };
-  QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(this, report, Qt::QueuedConnection);
 }
 
 }  // namespace quillorbit::linux_adapter

@@ -20,29 +20,30 @@ namespace quillorbit::linux_adapter {
 
 /// One icon in the notification area, with its tip and balloons, there whenever the desktop has
 /// such an area. What it is given it shows when the events that wait have been handled, so that a
-/// datagram's handling waits for nothing. What happens to it is told in the platform's notification
-/// codes.
+/// datagram's handling waits for nothing. What happens to it is reported in the platform's
+/// notification codes.
 class TrayIcon final : public QObject {
  public:
-  using Tell = std::function<void(std::uint32_t lCode)>;
+  using Report = std::function<void(std::uint32_t lCode)>;
 
   /// A host that shows menus itself is given the menu.
-  TrayIcon(const std::string& sBusAddress, QMenu* pMenu, Tell tell);
+  TrayIcon(const std::string& sBusAddress, QMenu* pMenu, Report report);
 
   void SetImage(const QImage& image);
   void SetTip(const QString& sTip);
   void ShowBalloon(const Balloon& balloon);
-  /// Takes it away for good: nothing more is told. The object has to stay while it tells something.
+  /// Takes it away for good: nothing more is reported. The object has to stay until a report
+  /// returns.
   void Remove();
 
  private:
   void RequestUpdate();
   void Update();
-  void TellCode(std::uint32_t lCode);
+  void ReportCode(std::uint32_t lCode);
 
   SessionBus m_bus;  ///< its own: a host keeps the icon until the connection ends
   TrayArea m_area;
-  Tell m_tell;
+  Report m_report;
   StatusItem m_item;
   Notifications m_notifications;
   QImage m_image;
