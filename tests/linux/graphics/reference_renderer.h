@@ -1,11 +1,8 @@
 #pragma once
 
-#include <array>
 #include <string>
-#include <vector>
 
 #include <QImage>
-#include <QVector3D>
 
 namespace quillorbit::reference {
 
@@ -15,25 +12,8 @@ struct Pose {
   bool bSignal = true;
 };
 
-/// The phone's model, drawn from the formulas alone: slow, and without any code of the program's.
-class Model {
- public:
-  /// Reads the X file and its textures. Throws std::runtime_error when one cannot be read.
-  explicit Model(const std::string& sFolder);
-
-  [[nodiscard]] QImage Picture(const Pose& pose, QSize size) const;
-
- private:
-  struct Corner {
-    QVector3D position, normal;
-    float u, v;
-  };
-  struct Subset {
-    QVector3D diffuse, emissive;
-    QImage texture;
-    std::vector<std::array<Corner, 3>> triangles;
-  };
-  std::vector<Subset> m_subsets;
-};
+/// The phone's model from the X file and the textures in a folder, drawn from the formulas alone:
+/// slow, and without any code of the program's. Throws std::runtime_error when one cannot be read.
+[[nodiscard]] QImage Picture(const std::string& sFolder, const Pose& pose, QSize size);
 
 }  // namespace quillorbit::reference
