@@ -1,4 +1,3 @@
-#include <cmath>
 #include <fstream>
 #include <gmock/gmock.h>
 
@@ -17,26 +16,19 @@ using Floats = std::vector<float>;
 
 /// A model from a file of these bytes, and what it made of a device that records.
 struct Model {
-  explicit Model(const std::string& sBytes, std::uint32_t nOptions = platform::D3DXMESH_MANAGED) {
+  explicit Model(const std::string& sBytes) {
     std::ofstream(folder / "model.x", std::ios::binary) << sBytes;
-    Load(nOptions);
-  }
-  void Load(std::uint32_t nOptions) {
-    mesh = d3dx8::LoadMeshFromX(folder / "model.x", nOptions, device, materials, nMaterials);
+    mesh = d3dx8::LoadMeshFromX(folder / "model.x", platform::D3DXMESH_MANAGED, device, materials,
+                                nMaterials);
     created = log.Take();
-    mesh->DrawSubset(0);
-    log.Take();
+    Draw(0);
     vertices = Values<float>(dynamic_cast<fakes::FakeVertexBuffer&>(*device->vertices).bytes);
-    const auto& bytes = dynamic_cast<fakes::FakeIndexBuffer&>(*device->indices).bytes;
-    const auto shorts = Values<std::uint16_t>(bytes);
-    indexes.assign(shorts.begin(), shorts.end());
-    if (indexes.size() > 3 * mesh->GetNumFaces()) indexes = Values<std::uint32_t>(bytes);
+    indexes = Values<std::uint16_t>(dynamic_cast<fakes::FakeIndexBuffer&>(*device->indices).bytes);
   }
   Lines Draw(std::uint32_t iSubset) {
     mesh->DrawSubset(iSubset);
     return log.Take();
   }
-  Floats Vertex(std::size_t i) const { return {&vertices.at(8 * i), &vertices.at(8 * i + 7) + 1}; }
   template <class T>
   static std::vector<T> Values(const std::vector<std::byte>& bytes) {
     std::vector<T> values(bytes.size() / sizeof(T));
@@ -53,7 +45,7 @@ struct Model {
   std::shared_ptr<platform::ID3DXMesh> mesh;
   Lines created;
   Floats vertices;  ///< position, normal and texture coordinates
-  std::vector<std::uint32_t> indexes;
+  std::vector<std::uint16_t> indexes;
 };
 
 std::string ReadModel(const std::string& sName) { return ReadFile(QUILLORBIT_MODELS "/" + sName); }
@@ -67,8 +59,7 @@ TEST(Model, IsReadFromEveryForm) {
   std::string sBinary = ReadModel("compressed-binary.x");
   sBinary = "xof 0303bin 0032" + d3dx8::InflateMszip(sBinary.substr(16), 1U << 20U);
   for (const std::string& sBytes :
-       {ReadModel("house.x"), sBinary, ReadModel("compressed-text.x"),
-        ReadModel("compressed-binary.x"), ReadModel("compressed-binary-64.x")}) {
+       {ReadModel("house.x"), sBinary, ReadModel("compressed-binary.x")}) {
     SCOPED_TRACE(sBytes.substr(0, 16));
     Model house(sBytes);
     // Worked out by hand: the inner frame sends (x, y, z) to (-y, x, z + 3), the outer one that to
@@ -97,47 +88,13 @@ TEST(Model, IsReadFromEveryForm) {
         << fakes::Exact(m.Specular) << " | " << fakes::Exact(m.Emissive) << " | " << m.Power;
     EXPECT_EQ(red.str(), "1 0 0 1 | 0 0 0 0 | 0x1p-1 0x1p-2 0x1p-3 0 | 0 0 0x1p-2 0 | 8");
     EXPECT_EQ(d3dx8::BufferGetTextureName(*house.materials, 1), "blue.bmp");
+    EXPECT_THROW((void)d3dx8::BufferGetMaterial(*house.materials, 3), platform::D3DError);
   }
 }
 
 const std::string sHead = "xof 0303txt 0032\n";
 const std::string sTriangle = "Mesh { 3; 0;0;0;, 1;0;0;, 0;1;0;; 1; 3; 0,1,2;; ";
 const std::string sMaterial = "Material { 1;0;0;1;; 0; 0;0;0;; 0;0;0;; ";
-
-TEST(Model, HasBuffersAsAskedForAndStaysWholeWhenTheyAreRefused) {
-  Model house(ReadModel("house.x"), platform::D3DXMESH_32BIT);
-  EXPECT_EQ(house.created,
-            (Lines{"CreateVertexBuffer 352, 0, 274, 0", "CreateIndexBuffer 84, 0, 102, 0"}));
-  const auto mesh = house.mesh;
-  for (const std::size_t nCall : {1U, 2U}) {
-    house.log.FailAt(nCall);
-    EXPECT_THROW(house.Load(0), std::system_error);
-    EXPECT_TRUE(house.mesh == mesh && house.nMaterials == 3 && house.log.Take().size() == nCall);
-  }
-  EXPECT_THROW((void)d3dx8::BufferGetMaterial(*house.materials, 3), platform::D3DError);
-  for (const std::uint32_t nVertices : {65535U, 65536U}) {  // more than 16 bits can name
-    std::string sMany = sHead + "Mesh { " + std::to_string(nVertices) + ";";
-    for (std::uint32_t i = 0; i < nVertices; ++i) sMany += "0;0;1;";
-    const Model many(sMany + "1;3;0,1," + std::to_string(nVertices - 1) + ";}");
-    EXPECT_THAT(many.created[1], HasSubstr(nVertices == 65535 ? " 6, 0, 101" : " 12, 0, 102"));
-    EXPECT_THAT(many.indexes, ElementsAre(0, 1, nVertices - 1));
-  }
-}
-
-TEST(Model, FramesTransformNormalsByTheInverseTransposeAndKeepTheOrderOfCorners) {
-  const auto second = [](const std::string& sMatrix, const std::string& sNormal) {
-    const Model model(sHead + "Mesh A { 3; 1;0;0;, 1;1;0;, 1;0;2;; 1; 3; 0,1,2;; MeshNormals { 1;" +
-                      sNormal + "1; 3; 0,0,0;; } } Frame { {A} FrameTransformMatrix { " + sMatrix +
-                      " } }");
-    EXPECT_THAT(model.indexes, ElementsAre(0, 1, 2, 3, 4, 5));
-    return model.Vertex(4);
-  };
-  EXPECT_THAT(second("-1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,2;;", "2;0;0;"),
-              ElementsAre(-0.5, 0.5, 0, -1, 0, 0, 0, 0));
-  EXPECT_THAT(second("2,0,0,0, 1,1,0,0, 0,0,1,0, 3,4,5,1;;", "4;0;0;"),
-              ElementsAre(6, 5, 5, testing::FloatEq(std::sqrt(0.5F)),
-                          testing::FloatEq(-std::sqrt(0.5F)), 0, 0, 0));
-}
 
 /// The names of the textures of all materials.
 Lines Textures(const std::string& sBody) {
@@ -156,13 +113,14 @@ TEST(Model, IsWhatExportersMean) {
            sTriangle + "MeshNormals { 1; 1;1;1;; 0; } MeshTextureCoords { 4; 0;0;0;0;0;0;7;7; } }"})
     EXPECT_EQ(Model(sHead + sBody).vertices,
               (Floats{0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0}));
-  // Corners with equal normals share a vertex.
-  EXPECT_EQ(
-      Model(sHead +
-            "Mesh { 3; 0;0;0;1;0;0;0;1;0; 2; 3;0,1,2; 3;0,1,2; MeshNormals { 2; 0;0;1; 0;0;1; "
-            "2; 3;0,0,0; 3;1,1,1; } }")
-          .vertices.size(),
-      8U * 3);
+  // A mesh in a frame that mirrors and divides: its corners keep their order, and those with equal
+  // normals share a vertex.
+  const Model mirrored(sHead + "Mesh A { 3; 1;0;0;, 1;1;0;, 1;0;2;; 2; 3; 0,1,2; 3; 2,1,0; " +
+                       "MeshNormals { 2; 2;0;0; 2;0;0; 2; 3; 0,0,0; 3; 1,1,1; } } Frame { {A} " +
+                       "FrameTransformMatrix { -1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,2;; } }");
+  EXPECT_THAT(mirrored.indexes, ElementsAre(0, 1, 2, 2, 1, 0, 3, 4, 5, 5, 4, 3));
+  EXPECT_EQ(Floats(&mirrored.vertices.at(32), &mirrored.vertices.at(38)),
+            Floats({-0.5, 0.5, 0, -1, 0, 0}));
   // References by name and GUID; of several objects of a name the last one counts.
   const auto named = [](const std::string& sName, const std::string& sTexture) {
     return "Material " + sName + sMaterial.substr(10) + "TextureFileName {\"" + sTexture + "\"} }";
@@ -184,7 +142,6 @@ TEST(Model, NamesTexturesInsideItsFolder) {
   const std::pair<std::string, std::string> names[] = {
       {R"(maps\\a/\phone.png)", "maps/a/phone.png"},
       {R"(C:\models\phone.png)", "phone.png"},
-      {R"(\\server\share\phone.png)", "phone.png"},
       {R"(.\maps\..\..\phone.png)", "phone.png"},
       {"gr\xC3\xBC\xF0\x9F\x98\x80.bmp", "gr\xC3\xBC\xF0\x9F\x98\x80.bmp"},
       {"gr\xFC\x80.bmp", "gr\xC3\xBC\xE2\x82\xAC.bmp"},
@@ -202,16 +159,14 @@ std::string Repeated(int nTimes, const std::string& s) {
 }
 
 TEST(Model, IsRefusedWithTheReason) {
-  const std::string sText = sHead + sTriangle, sHouse = ReadModel("compressed-text.x");
+  const std::string sText = sHead + sTriangle, sHouse = ReadModel("compressed-binary.x");
   const std::string sLarge = "Frame { FrameTransformMatrix { 1e18,0,0,0,0,1,0,0,0,0,1,0,0,0,0,1 } ";
   const std::string sList = sText + "MeshMaterialList { 1; 1; ", sMany = Repeated(30000, "0;");
   const std::pair<std::string, std::string> files[] = {
-      {"xof 0304txt 0032" + sTriangle + "}", "version"},
       {sHead + "Mesh { 0; 0; }", "it has no faces"},
       {sText, "the file ends inside an object"},
       {sHead + "Mesh {\n 3; 0;0;0;, 1;0;0;,\n 0;1;}", "line 4: a number is expected, not \"}\""},
       {sHead + "Mesh { 1431655766; 0;0;0;", "a count is larger than the rest"},
-      {sHead + "Mesh { 3; 0;0;0;1;0;0;0;1;0; 1; 2; 0,1; }", "fewer than three corners"},
       {sHead + "Mesh { 3; 0;0;0;1;0;0;0;1;0; 1; 3; 0,1,3; }", "a corner that does not exist"},
       {sHead + "Mesh { 1; 0;0;1e19; 0; }", "a number is out of range"},
       {sText + "MeshNormals { 1; 0;0;1; 1; 4; 0,0,0,0; } }", "are not those of the mesh"},
@@ -224,7 +179,6 @@ TEST(Model, IsRefusedWithTheReason) {
        "more than 1048576 vertices"},
       {sHead + "Mesh A " + sTriangle.substr(5) + "} Frame {" + Repeated(16384, "{A}") + "}",
        "more than 16384 meshes"},
-      {"xof 0303bin 0032\x63" + std::string(1, '\0'), "byte 16: there is no such code as 99"},
       {"xof 0303bin 0032" + std::string("\x06\0\x15\0\0\0", 6), "a list is longer"},
       {sHouse.substr(0, 100), "the compressed data are cut off"},
       {sHouse + std::string("\1\0\2\0CK", 6), "damaged"}};
@@ -233,7 +187,6 @@ TEST(Model, IsRefusedWithTheReason) {
       const Model model(sBytes);
       ADD_FAILURE() << "it is read: " << sBytes.substr(0, 99);
     } catch (const platform::D3DError& e) {
-      EXPECT_EQ(e.lNumber, platform::D3DXERR_INVALIDDATA);
       EXPECT_THAT(e.what(), testing::AllOf(HasSubstr("/model.x: "), HasSubstr(sWhy)));
     }
   }

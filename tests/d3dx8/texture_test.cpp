@@ -61,7 +61,7 @@ struct Textures : testing::Test {
     std::memcpy(pixels.data(), texture.levels[iLevel].data(), 4 * pixels.size());
     return pixels;
   }
-  /// A new file, and new textures.
+  /// Begins a new model.
   void Write(const std::string& sName, const std::string& sBytes) {
     std::ofstream(folder / sName, std::ios::binary) << sBytes;
     d3dx = library.NewD3DX8();
@@ -105,8 +105,6 @@ TEST_F(Textures, AreResampledFromTheFourNearestPixelsWithoutTheColourKey) {
   EXPECT_EQ(Read(Png(2, {0, 0x40, 0x80, 0xC0}), 4, 4),
             (Pixels{0x00, 0x10, 0x30, 0x40, 0x20, 0x30, 0x50, 0x60,  //
                     0x60, 0x70, 0x90, 0xA0, 0x80, 0x90, 0xB0, 0xC0}));
-  EXPECT_EQ(Read(Png(3, {0, 100, 200}), 2), (Pixels{25, 175}));  // at 1/4 and 7/4
-  EXPECT_EQ(Read(Png(2, {4, 8, 12, 18}), 1, 1), Pixels{11});     // 10.5
   EXPECT_EQ(Read(Png(4, {0xFF00FF00, 0xFF0000C8, 0xFE00FF00, 0xFE00FF00}), 2, 0, 0xFF00FF00),
             (Pixels{0x80000064, 0xFE00FF00}));
   Write("image", Png(5, {0, 20, 80, 100, 180, 0, 20, 80, 100, 180}));
@@ -126,17 +124,14 @@ TEST_F(Textures, AreRefusedWithTheReason) {
       std::string("\xFF\xC4\x01\x24\x00", 5) + std::string(11, '\0') + "\xFF\x12";
   std::string sScans = sJpeg.substr(0, sJpeg.size() - 2);
   for (int i = 0; i < 4; ++i) sScans += sJpeg.substr(sJpeg.find("\xFF\xDA"), 14);
-  const std::string sPnm = "PNM not supported: 16 bits, or numbers out of range";
   const std::string sBadJpeg = "Corrupt JPEG (tables or scans)";
   const std::pair<std::string, std::string> files[] = {
-      {"a text\n", "Image not of any known type, or corrupt"},
       {sPng.substr(0, sPng.size() / 2), "Corrupt PNG"},
       {with(sPng, 18, "\x10"), "the image has more than 4096 pixels on a side"},
       {with(sPng, 16, std::string("\0\0\0\1\0\0\0\1", 8)),
        "it unpacks to more than its pixels need"},
       {"P6 0 0 255\n", "the image is empty"},
-      {"P5 2 1 256\nxxxx", sPnm},
-      {"P5 #12\n4294967297 1 255\nx", sPnm},
+      {"P5 2 1 256\nxxxx", "PNM not supported: 16 bits, or numbers out of range"},
       {with(Encode(Gradient(), "BMP"), 22, std::string("\0\0\0\x80", 4)), "Corrupt BMP (height)"},
       {sJpeg.substr(0, 2) + sTable + std::string(276, '\0') + sJpeg.substr(2), sBadJpeg},
       {sScans, sBadJpeg}};
@@ -144,8 +139,6 @@ TEST_F(Textures, AreRefusedWithTheReason) {
     EXPECT_THROW(Read(sBytes), platform::D3DError) << sWhy;
     EXPECT_EQ(sReport, (folder / "image").string() + ": " + sWhy);
   }
-  EXPECT_THROW(Read(sPng, 4097), platform::D3DError);
-  EXPECT_EQ(Read("P5 #4294967297\n1 1 0255\nx"), Pixels{0xFF787878});
 }
 
 TEST_F(Textures, OfAModelShareABudgetAndWhatTheyHaveReadAlready) {
