@@ -1,10 +1,9 @@
-#include <cstring>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <random>
 
 #include <QBuffer>
 #include <QImage>
-#include <QImageWriter>
 
 #include "fakes/direct3d8.h"
 #include "fakes/fonts.h"
@@ -16,11 +15,9 @@ namespace {
 
 using Pixels = std::vector<std::uint32_t>;  // A8R8G8B8
 
-std::string Encode(const QImage& image, const char* sFormat, bool bProgressive = false) {
+std::string Encode(const QImage& image, const char* sFormat) {
   QBuffer buffer;
-  QImageWriter writer(&buffer, sFormat);
-  writer.setProgressiveScanWrite(bProgressive);
-  writer.write(image);
+  image.save(&buffer, sFormat);
   return buffer.data().toStdString();
 }
 
@@ -36,6 +33,24 @@ QImage Gradient() {
   for (int i = 0; i < 40 * 24; ++i)
     image.setPixel(i % 40, i / 40, qRgb(i % 40 * 6, i / 40 * 10, 200 - (i % 40 + i / 20) * 2));
   return image;
+}
+
+/// Cuts, removes, repeats or changes some of the bytes, often those at the beginning.
+std::string Damaged(std::string bytes, std::mt19937& random) {
+  constexpr unsigned char telling[] = {0x00, 0x01, 0x7F, 0x80, '{', '}', '"', '9', 0xFF};
+  for (std::size_t nChanges = 1 + random() % 6; nChanges > 0 && !bytes.empty(); --nChanges) {
+    const std::size_t nKind = random() % 10,
+                      nAt = random() % (random() % 2 == 0 ? 64 : 1U << 20) % bytes.size();
+    if (nKind == 0)
+      bytes.resize(nAt);
+    else if (nKind == 1)
+      bytes.erase(nAt, random() % 32);
+    else if (nKind == 2)
+      bytes.insert(nAt, bytes.substr(random() % bytes.size(), random() % 32));
+    else
+      bytes[nAt] = static_cast<char>(nKind < 6 ? telling[random() % 9] : random());
+  }
+  return bytes;
 }
 
 struct Library : d3dx8::Library {
@@ -57,9 +72,9 @@ struct Textures : testing::Test {
     return Level(*Load("image", w, h, 1, key), 0);
   }
   static Pixels Level(const fakes::FakeTexture& texture, std::uint32_t iLevel) {
-    Pixels pixels(texture.levels.at(iLevel).size() / 4);
-    std::memcpy(pixels.data(), texture.levels[iLevel].data(), 4 * pixels.size());
-    return pixels;
+    const std::vector<std::byte>& level = texture.levels.at(iLevel);
+    const auto* const pFirst = reinterpret_cast<const std::uint32_t*>(level.data());
+    return {pFirst, pFirst + level.size() / 4};
   }
   /// Begins a new model.
   void Write(const std::string& sName, const std::string& sBytes) {
@@ -81,30 +96,20 @@ TEST_F(Textures, AreWhatAnotherLibraryReads) {
   const Pixels pixels = {0x80FF0000, 0x0000FF00, 0xFF0000FF, 0xFF123456, 0x01FFFFFF, 0xFF000000};
   EXPECT_EQ(Read(Png(3, pixels)), pixels);
   EXPECT_EQ(log.Take(), std::vector<std::string>{"CreateTexture 3, 2, 1, 0, 21, 1"});
-  for (const auto& [sFormat, bProgressive] :
-       {std::pair{"BMP", false}, {"PPM", false}, {"JPG", false}, {"JPG", true}}) {
-    const std::string sBytes = Encode(Gradient(), sFormat, bProgressive);
-    for (const QSize size : {QSize(40, 24), QSize(20, 12), QSize(57, 31)}) {
-      const QImage expected = QImage::fromData(QByteArray::fromStdString(sBytes))
-                                  .scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-      const Pixels actual = Read(sBytes, static_cast<std::uint32_t>(size.width()),
-                                 static_cast<std::uint32_t>(size.height()));
-      for (int i = 0; i < size.width() * size.height(); ++i) {
-        const QRgb a = actual.at(static_cast<std::size_t>(i));
-        const QRgb b = expected.pixel(i % size.width(), i / size.width());
-        ASSERT_TRUE(std::abs(qRed(a) - qRed(b)) <= 5 && std::abs(qGreen(a) - qGreen(b)) <= 5 &&
-                    std::abs(qBlue(a) - qBlue(b)) <= 5 && qAlpha(a) == 255)
-            << sFormat << ' ' << size.width() << ' ' << i;  // each rounds in its own way
-      }
+  for (const char* sFormat : {"BMP", "PPM", "JPG"}) {
+    const std::string sBytes = Encode(Gradient(), sFormat);
+    const Pixels actual = Read(sBytes, 57, 12);
+    const QImage expected = QImage::fromData(QByteArray::fromStdString(sBytes))
+                                .scaled(57, 12, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    for (int i = 0; i < 57 * 12; ++i) {
+      const QRgb a = actual.at(static_cast<std::size_t>(i)), b = expected.pixel(i % 57, i / 57);
+      for (const int nShift : {0, 8, 16, 24})  // each rounds in its own way
+        ASSERT_NEAR(a >> nShift & 0xFF, b >> nShift & 0xFF, 5) << sFormat << ' ' << i;
     }
   }
 }
 
 TEST_F(Textures, AreResampledFromTheFourNearestPixelsWithoutTheColourKey) {
-  // In both directions at once: a quarter and three quarters of the way each.
-  EXPECT_EQ(Read(Png(2, {0, 0x40, 0x80, 0xC0}), 4, 4),
-            (Pixels{0x00, 0x10, 0x30, 0x40, 0x20, 0x30, 0x50, 0x60,  //
-                    0x60, 0x70, 0x90, 0xA0, 0x80, 0x90, 0xB0, 0xC0}));
   EXPECT_EQ(Read(Png(4, {0xFF00FF00, 0xFF0000C8, 0xFE00FF00, 0xFE00FF00}), 2, 0, 0xFF00FF00),
             (Pixels{0x80000064, 0xFE00FF00}));
   Write("image", Png(5, {0, 20, 80, 100, 180, 0, 20, 80, 100, 180}));
@@ -124,34 +129,60 @@ TEST_F(Textures, AreRefusedWithTheReason) {
       std::string("\xFF\xC4\x01\x24\x00", 5) + std::string(11, '\0') + "\xFF\x12";
   std::string sScans = sJpeg.substr(0, sJpeg.size() - 2);
   for (int i = 0; i < 4; ++i) sScans += sJpeg.substr(sJpeg.find("\xFF\xDA"), 14);
-  const std::string sBadJpeg = "Corrupt JPEG (tables or scans)";
   const std::pair<std::string, std::string> files[] = {
       {sPng.substr(0, sPng.size() / 2), "Corrupt PNG"},
-      {with(sPng, 18, "\x10"), "the image has more than 4096 pixels on a side"},
-      {with(sPng, 16, std::string("\0\0\0\1\0\0\0\1", 8)),
-       "it unpacks to more than its pixels need"},
-      {"P6 0 0 255\n", "the image is empty"},
-      {"P5 2 1 256\nxxxx", "PNM not supported: 16 bits, or numbers out of range"},
-      {with(Encode(Gradient(), "BMP"), 22, std::string("\0\0\0\x80", 4)), "Corrupt BMP (height)"},
-      {sJpeg.substr(0, 2) + sTable + std::string(276, '\0') + sJpeg.substr(2), sBadJpeg},
-      {sScans, sBadJpeg}};
+      {with(sPng, 18, "\x10"), "more than 4096 pixels on a side"},
+      {with(sPng, 16, std::string("\0\0\0\1\0\0\0\1", 8)), "more than its pixels need"},
+      {"P6 0 0 255\n", "empty"},
+      {"P5 2 1 256\nxxxx", "16 bits"},
+      {with(Encode(Gradient(), "BMP"), 22, std::string("\0\0\0\x80", 4)), "height"},
+      {sJpeg.substr(0, 2) + sTable + std::string(276, '\0') + sJpeg.substr(2), "tables or scans"},
+      {sScans, "tables or scans"}};
   for (const auto& [sBytes, sWhy] : files) {
     EXPECT_THROW(Read(sBytes), platform::D3DError) << sWhy;
-    EXPECT_EQ(sReport, (folder / "image").string() + ": " + sWhy);
+    EXPECT_TRUE(sReport.starts_with((folder / "image: ").string()) &&
+                sReport.find(sWhy) != sReport.npos)
+        << sReport;
   }
 }
 
 TEST_F(Textures, OfAModelShareABudgetAndWhatTheyHaveReadAlready) {
-  std::filesystem::create_directory(folder / "Maps");
   Write("small.pgm", "P5 1 1 255\nx");
-  Write("small2.pgm", "P5 1 1 255\nx");
-  Write("Maps/Large.PGM", "P5 4096 4092 255\n" + std::string(4096 * 4092, 'x'));
-  const auto large = Load("maps/large.pgm", 1);  // as a system that ignores case finds it
-  EXPECT_EQ(Load("maps/large.pgm", 1), large);
+  Write("Small2.pgm", "P5 1 1 255\nx");
+  Write("Large.PGM", "P5 4096 4092 255\n" + std::string(4096 * 4092, 'x'));
+  const auto large = Load("large.pgm", 1);  // as a system that ignores case finds it
+  EXPECT_EQ(Load("large.pgm", 1), large);
   EXPECT_NE(Load("small.pgm"), nullptr);
   EXPECT_THROW(Load("small2.pgm"), platform::D3DError);
-  EXPECT_TRUE(
-      sReport.ends_with("small2.pgm: the model's images have more than 16777216 pixels in all"));
+}
+
+TEST_F(Textures, AndModelsComeFromDamagedFilesOrAnErrorDoes) {
+  const QImage image(QUILLORBIT_RESOURCES "/phone-front.png");
+  std::vector<std::string> seeds = {ReadFile(QUILLORBIT_MODELS "/house.x"),
+                                    ReadFile(QUILLORBIT_MODELS "/compressed-binary.x")};
+  for (const char* sFormat : {"PNG", "BMP", "PPM", "JPG", "PGM"})
+    seeds.push_back(Encode(image.scaled(20, 12), sFormat));
+  log.Mute(true);
+  std::mt19937 random(8);
+  for (const std::string& sSeed : seeds) {
+    constexpr int nRounds = 1500;
+    int nRead = 0;
+    for (int i = 0; i < nRounds; ++i) try {
+        std::filesystem::remove(folder / "damaged");  // some disks are slow to replace a file
+        Write("damaged", Damaged(sSeed, random));
+        std::shared_ptr<platform::D3DXBuffer> materials;
+        std::int32_t nMaterials = 0;
+        if (sSeed.starts_with("xof"))
+          (void)d3dx->LoadMeshFromX(folder / "damaged", 0, device, materials, nMaterials);
+        else
+          (void)Load("damaged", 7, 0, 0);
+        ++nRead;
+      } catch (const platform::D3DError& e) {
+        ASSERT_EQ(sReport, e.what());
+        ASSERT_TRUE(sReport.starts_with((folder / "damaged: ").string())) << sReport;
+      }
+    EXPECT_TRUE(nRead > 0 && nRead < nRounds) << sSeed.substr(0, 16);
+  }
 }
 
 }  // namespace
