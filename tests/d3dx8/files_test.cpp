@@ -35,7 +35,7 @@ QImage Gradient() {
   return image;
 }
 
-/// Cuts, removes, repeats or changes some of the bytes, often those at the beginning.
+/// Cuts, removes or changes some of the bytes, often those at the beginning.
 std::string Damaged(std::string bytes, std::mt19937& random) {
   constexpr unsigned char telling[] = {0x00, 0x01, 0x7F, 0x80, '{', '}', '"', '9', 0xFF};
   for (std::size_t nChanges = 1 + random() % 6; nChanges > 0 && !bytes.empty(); --nChanges) {
@@ -45,8 +45,6 @@ std::string Damaged(std::string bytes, std::mt19937& random) {
       bytes.resize(nAt);
     else if (nKind == 1)
       bytes.erase(nAt, random() % 32);
-    else if (nKind == 2)
-      bytes.insert(nAt, bytes.substr(random() % bytes.size(), random() % 32));
     else
       bytes[nAt] = static_cast<char>(nKind < 6 ? telling[random() % 9] : random());
   }

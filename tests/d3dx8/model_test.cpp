@@ -1,6 +1,8 @@
 #include <fstream>
 #include <gmock/gmock.h>
 
+#include <QByteArray>
+
 #include "fakes/direct3d8.h"
 #include "platform/d3dx8/mesh.h"
 #include "platform/d3dx8/mszip.h"
@@ -147,14 +149,11 @@ TEST(Model, NamesTexturesInsideItsFolder) {
 }
 
 std::string Repeated(int nTimes, const std::string& s) {
-  std::string sAll;
-  for (int i = 0; i < nTimes; ++i) sAll += s;
-  return sAll;
+  return QByteArray::fromStdString(s).repeated(nTimes).toStdString();
 }
 
 TEST(Model, IsRefusedWithTheReason) {
   const std::string sText = sHead + sTriangle, sHouse = ReadModel("compressed-binary.x");
-  const std::string sLarge = "Frame { FrameTransformMatrix { 1e18,0,0,0,0,1,0,0,0,0,1,0,0,0,0,1 } ";
   const std::string sList = sText + "MeshMaterialList { 1; 1; ", sMany = Repeated(30000, "0;");
   const std::pair<std::string, std::string> files[] = {
       {sHead + "Mesh { 0; 0; }", "it has no faces"},
@@ -167,7 +166,6 @@ TEST(Model, IsRefusedWithTheReason) {
       {sList + "0; {Red} } }", "no material before it"},
       {sList + "0; " + Repeated(4097, sMaterial + "}") + "} }", "more than 4096 materials"},
       {sHead + Repeated(257, "Frame {") + sTriangle + "}", "more than 256 deep"},
-      {sHead + sLarge + sLarge + sTriangle + "}}}", "matrices are out of range"},
       {sHead + "Mesh G { 10000;" + sMany + "1;3;0,1,2;} Frame {" + Repeated(105, "{G}") + "}",
        "more than 1048576 vertices"},
       {sHead + "Mesh A " + sTriangle.substr(5) + "} Frame {" + Repeated(16384, "{A}") + "}",
@@ -175,14 +173,10 @@ TEST(Model, IsRefusedWithTheReason) {
       {"xof 0303bin 0032" + std::string("\x06\0\x15\0\0\0", 6), "a list is longer"},
       {sHouse.substr(0, 100), "the compressed data are cut off"},
       {sHouse + std::string("\1\0\2\0CK", 6), "damaged"}};
-  for (const auto& [sBytes, sWhy] : files) {
-    try {
-      const Model model(sBytes);
-      ADD_FAILURE() << "it is read: " << sBytes.substr(0, 99);
-    } catch (const platform::D3DError& e) {
-      EXPECT_THAT(e.what(), testing::AllOf(HasSubstr("/model.x: "), HasSubstr(sWhy)));
-    }
-  }
+  for (const auto& [sBytes, sWhy] : files)
+    EXPECT_THAT([&file = sBytes] { const Model model(file); },
+                testing::ThrowsMessage<platform::D3DError>(
+                    testing::AllOf(HasSubstr("/model.x: "), HasSubstr(sWhy))));
 }
 
 }  // namespace
