@@ -25,7 +25,8 @@ bool Has(const char* sExtensions, const char* sExtension) {
   return sExtensions != nullptr && std::strstr(sExtensions, sExtension) != nullptr;
 }
 
-/// A display that draws off screen: of no window system where the driver can, or else the default.
+/// A display that draws off screen: without a window system where the driver supports that, else
+/// the default one.
 EGLDisplay OpenDisplay() {
   std::array<EGLDisplay, 2> displays = {EGL_NO_DISPLAY, EGL_NO_DISPLAY};
   if (Has(eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS), "EGL_MESA_platform_surfaceless")) {
@@ -66,7 +67,7 @@ void GlContext::Create() {
   if (!eglChooseConfig(m_display, wanted.data(), &config, 1, &nConfigs) || nConfigs == 0)
     Refuse("the driver has no fitting configuration");
 
-  // Ask to be told of a lost context, where the driver can.
+  // Ask for notification of a lost context where the driver supports it.
   const std::array<EGLint, 3> robust = {EGL_CONTEXT_OPENGL_RESET_NOTIFICATION_STRATEGY_KHR,
                                         EGL_LOSE_CONTEXT_ON_RESET_KHR, EGL_NONE};
   if (Has(sExtensions, "EGL_KHR_create_context"))
@@ -100,7 +101,7 @@ void GlContext::MakeCurrent() {
 }
 
 bool GlContext::TryMakeCurrent() noexcept {
-  // The API that is bound belongs to the thread.
+  // Each thread has its own bound API.
   if (eglBindAPI(EGL_OPENGL_API) == EGL_FALSE) return false;
   return eglGetCurrentContext() == m_context ||
          eglMakeCurrent(m_display, m_surface, m_surface, m_context) == EGL_TRUE;

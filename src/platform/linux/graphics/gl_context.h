@@ -23,12 +23,12 @@ class GlContext {
   GlContext(const GlContext&) = delete;
   GlContext& operator=(const GlContext&) = delete;
 
-  /// For the calls that follow. Throws std::runtime_error when the driver refuses.
+  /// Makes it current for the calls that follow. Throws std::runtime_error when the driver refuses.
   void MakeCurrent();
-  /// Likewise; false when the driver refuses, and what the context held is gone.
+  /// Likewise, but returns false when the driver refuses; what the context held is then gone.
   [[nodiscard]] bool TryMakeCurrent() noexcept;
   /// Whether the driver has lost the context, with all that was in it (a reset of the graphics
-  /// card). It never comes back; a new one may be had.
+  /// card). A lost context stays lost; a new one may be available.
   [[nodiscard]] bool IsLost();
 
   GlFunctions gl;
@@ -46,7 +46,8 @@ class GlContext {
 };
 
 /// Makes contexts. The first is made beside the program's start, because the driver takes its time
-/// to load. After a failure it is left alone for half a second: who asks may ask for each datagram.
+/// to load. After a failure it does not try again for half a second, because it may be asked for
+/// each datagram.
 class GlContexts {
  public:
   using Maker = std::function<std::shared_ptr<GlContext>()>;

@@ -14,8 +14,8 @@
 namespace quillorbit::linux_adapter {
 
 /// A Direct3D 8 device on OpenGL. It draws each call at once into a back buffer of its own; Present
-/// reads that back and hands it to the surface. On a scaled display the back buffer has as many
-/// more pixels; its coordinates stay the surface's.
+/// reads that back and hands it to the surface. On a scaled display the back buffer has the
+/// display's pixels, while coordinates stay the surface's.
 class GlDevice final : public platform::IDirect3DDevice8 {
  public:
   /// Throws D3DError when the driver cannot draw such a surface.

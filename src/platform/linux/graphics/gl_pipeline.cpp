@@ -19,14 +19,14 @@ constexpr std::size_t nMostLights = 8;
 enum Attribute : GLuint { Position, Normal, Colour, TextureCoordinates };
 
 // The lighting formula is Direct3D's ("Mathematics of Lighting") for directional lights without
-// specular highlights; its sum is clamped for each vertex. Normals are as long as the transforms
-// make them: nothing normalises them unless it is asked to.
+// specular highlights; its sum is clamped for each vertex. Normals are not normalised: they keep
+// the length that the transforms give them.
 constexpr const char* sVertexShader = R"(#version 120
 attribute vec4 position;
 attribute vec3 normal;
 attribute vec4 colour;
 attribute vec2 textureCoordinates;
-uniform bool transformed;     // the position is in the back buffer's pixels already
+uniform bool transformed;     // the position is already in pixels of the back buffer
 uniform vec2 pixel;           // 1 / width, 1 / height of the back buffer
 uniform mat4 worldView;
 uniform mat4 projection;
@@ -57,11 +57,11 @@ void main() {
     vertexColour = colour;
   } else {
     vec4 clip = projection * (worldView * vec4(position.xyz, 1.0));
-    // Depth runs from 0 to w there, and from -w to w here; the first row is at the bottom.
+    // Direct3D's depth runs from 0 to w, OpenGL's from -w to w; the first row is at the bottom.
     gl_Position = vec4(clip.x, -clip.y, 2.0 * clip.z - clip.w, clip.w);
     vertexColour = lighting ? lit() : vec4(1.0);
   }
-  // A pixel's centre has whole coordinates there, and half ones here.
+  // A pixel's centre has whole coordinates in Direct3D, and half ones in OpenGL.
   gl_Position.xy += pixel * gl_Position.w;
   texturePlace = textureCoordinates;
 }
@@ -100,7 +100,7 @@ GLuint Compile(const GlFunctions& gl, GLenum eKind, const char* sSource) {
   throw std::runtime_error(std::string("OpenGL: the driver refuses a shader: ") + sLog.data());
 }
 
-/// As OpenGL counts matrices, column by column, this is the matrix for column vectors.
+/// OpenGL reads it column by column, which makes it the matrix for column vectors.
 const float* Data(const D3DMATRIX& matrix) { return matrix.m[0].data(); }
 
 /// The inverse transpose of a matrix's upper left 3 x 3, row by row, as it multiplies row vectors.
@@ -116,7 +116,7 @@ std::array<float, 9> InverseTranspose(const D3DMATRIX& matrix) {
   return result;
 }
 
-/// A direction in world space, of length 1 in camera space.
+/// A direction of world space in camera space, with length 1.
 std::array<float, 3> ToCamera(const platform::D3DVECTOR& v, const D3DMATRIX& view) {
   std::array<float, 3> result{};
   for (std::size_t j = 0; j < 3; ++j)
@@ -252,7 +252,8 @@ void GlPipeline::SetRasteriser(const PipelineState& state) {
   };
   const std::uint32_t lCull = state.renderStates.at(platform::D3DRS_CULLMODE);
   toggle(GL_CULL_FACE, lCull != platform::D3DCULL_NONE);
-  // With the first row at the bottom, what is clockwise on the screen is counter-clockwise here.
+  // With the first row at the bottom, what is clockwise on the screen is counter-clockwise for
+  // OpenGL.
   m_gl.CullFace(lCull == platform::D3DCULL_CCW ? GL_BACK : GL_FRONT);
   toggle(GL_BLEND, state.renderStates.at(platform::D3DRS_ALPHABLENDENABLE) != 0);
   m_gl.BlendFunc(BlendFactor(state.renderStates.at(platform::D3DRS_SRCBLEND)),

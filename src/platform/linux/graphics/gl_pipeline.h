@@ -10,7 +10,7 @@
 
 namespace quillorbit::linux_adapter {
 
-/// What the fixed-function pipeline is set to, with the platform's values at the start.
+/// The state of the fixed-function pipeline, which begins with Direct3D's default values.
 struct PipelineState {
   platform::D3DMATRIX world{}, view{}, projection{};
   platform::D3DMATERIAL8 material{};
@@ -34,18 +34,19 @@ struct PipelineState {
 
 /// The fixed-function pipeline as a program of OpenGL's shaders: software vertex processing with
 /// directional lights, and one texture stage. The picture is upside down in OpenGL's sense, so that
-/// its first row is the topmost one; a triangle's winding on the screen is then OpenGL's.
+/// its first row is the topmost one. What is clockwise on the screen is therefore counter-clockwise
+/// for OpenGL.
 class GlPipeline {
  public:
-  /// With the functions of a context, which is current at every call and keeps the program. Throws
-  /// std::runtime_error when the driver does not take the shaders.
+  /// Uses the functions of a context, which has to be current at every call and owns the program.
+  /// Throws std::runtime_error when the driver rejects the shaders.
   explicit GlPipeline(const GlFunctions& functions);
 
-  /// The back buffer's size in its coordinates' pixels.
+  /// Sets the back buffer's size, in the pixels of its coordinates.
   void SetTarget(std::uint32_t nWidth, std::uint32_t nHeight);
 
-  /// Prepares the drawing of vertices of a format (a combination of D3DFVF), which lie in the
-  /// array buffer that is bound. Throws D3DError for a format or a state that it does not know.
+  /// Prepares for drawing vertices of a format (a combination of D3DFVF) from the array buffer that
+  /// is bound. Throws D3DError for a format or a state that it does not know.
   void Prepare(const PipelineState& state, std::uint32_t lFormat, std::uint32_t nStride,
                bool bTextured);
 

@@ -10,7 +10,7 @@
 
 namespace quillorbit::linux_adapter {
 
-// Managed resources: their content is kept here, and goes to the driver when it is first drawn
+// Managed resources: their content is kept here, and uploaded to the driver before it is drawn
 // with.
 
 /// A8R8G8B8.
@@ -27,7 +27,7 @@ class GlTexture final : public platform::IDirect3DTexture8 {
   platform::D3DLOCKED_RECT LockRect(std::uint32_t Level) override;
   void UnlockRect(std::uint32_t Level) override;
 
-  /// Chooses it for the drawing that follows. The context is current.
+  /// Binds it for the drawing calls that follow. The context has to be current.
   void Bind(platform::D3DTEXTUREFILTERTYPE eMagnify, platform::D3DTEXTUREFILTERTYPE eMinify,
             platform::D3DTEXTUREFILTERTYPE eMip);
 
@@ -60,7 +60,7 @@ class GlBuffer final : public Interface {
 
   [[nodiscard]] std::size_t Length() const { return m_bytes.size(); }
 
-  /// Chooses it for the drawing that follows. The context is current.
+  /// Binds it for the drawing calls that follow. The context has to be current.
   void Bind() {
     GlFunctions& gl = m_context->gl;
     if (m_buffer == 0) gl.GenBuffers(1, &m_buffer);
