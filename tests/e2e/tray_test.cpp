@@ -117,9 +117,9 @@ TEST_P(EachTray, MenuOutlivesItsTrayAndQuitsWhateverIsOpen) {
   m_trayer.reset();
   ExpectServesDatagrams();
   CloseMenu();
+  AskToClose();
   m_eTray == Tray::Bus ? StartHost() : StartTrayer();
   ASSERT_TRUE(Eventually([&] { return HasIcon(); })) << m_process->Errors();
-  AskToClose();
   OpenMenu();
   Command("xdotool key Down Return");
   EXPECT_EQ(m_process->Wait(), 0) << m_process->Errors();

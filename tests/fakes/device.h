@@ -29,19 +29,17 @@ struct FakeDevice : Fake<DeviceFunctions> {
   bool SetupDiDestroyDeviceInfoList(DeviceHandle h) override { return Answer(true, __func__, h); }
   DeviceHandle CreateFileA(const char* s, u32 lAccess, u32 lShare, void* pSecurity,
                            u32 lDisposition, u32 lFlags, DeviceHandle h) override {
-    return Answer(bInUse ? INVALID_HANDLE_VALUE : 42, __func__, s, lAccess, lShare, pSecurity,
+    return Answer(42U, __func__, s, lAccess, lShare, pSecurity,
                   lDisposition, lFlags, h);
   }
   bool DeviceIoControl(DeviceHandle h, u32 lCode, const void* pIn, u32 lIn, void* pOut, u32 lOut,
                        u32* pReturned, void* p) override {
-    ++nReports;
     Call(__func__, h, lCode, Hex{pIn, lIn}, pOut, lOut, pReturned != nullptr, p);
     return false;  // nobody looks at it
   }
   bool CloseHandle(DeviceHandle h) override { return Answer(true, __func__, h); }
 
-  bool bPresent = true, bInUse = false;
-  int nReports = 0;
+  bool bPresent = true;
 };
 
 }  // namespace quillorbit::fakes

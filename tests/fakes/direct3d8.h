@@ -37,12 +37,6 @@ struct FakeTexture : IDirect3DTexture8 {
 
   u32 Width(u32 iLevel) const { return std::max(1U, nWidth >> iLevel); }
   u32 Height(u32 iLevel) const { return std::max(1U, nHeight >> iLevel); }
-  /// A pixel, A8R8G8B8.
-  u32 Pixel(u32 iLevel, u32 x, u32 y) const {
-    u32 value;
-    std::memcpy(&value, levels.at(iLevel).data() + std::size_t{4} * (y * Width(iLevel) + x), 4);
-    return value;
-  }
 
   const std::string sName;
   const u32 nWidth, nHeight;

@@ -12,7 +12,6 @@ struct FakeModel {
     D3DMATERIAL8 material;
     std::string sTexture;
   };
-  bool bHasMesh = true;
   std::vector<Material> materials;
 };
 
@@ -37,7 +36,7 @@ struct FakeD3DX8 : Fake<D3DX8> {
     Call(__func__, sFile, lOptions, device ? "device" : "none");
     materials = std::make_shared<D3DXBuffer>();
     nMaterials = static_cast<i32>(model.materials.size());
-    return model.bHasMesh ? std::make_shared<FakeMesh>(log) : nullptr;
+    return std::make_shared<FakeMesh>(log);
   }
   D3DMATERIAL8 BufferGetMaterial(const D3DXBuffer&, i32 i) override { return At(i).material; }
   std::string BufferGetTextureName(const D3DXBuffer&, i32 i) override { return At(i).sTexture; }

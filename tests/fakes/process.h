@@ -17,12 +17,11 @@ struct FakeProcess : Fake<Process> {
   MutexHandle CreateMutexA(const void* p, bool bInitialOwner, const char* s) override {
     return Answer(0U, __func__, p, bInitialOwner, s);
   }
-  double Rnd() override { return dRnd; }
+  double Rnd() override { return 0; }
 
   bool bPrevInstance = false;
   std::string sCommand;
   u32 lVersion = 5;  // 5.0 of the NT family
-  double dRnd = 0;
 };
 
 }  // namespace quillorbit::fakes

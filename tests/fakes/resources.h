@@ -8,7 +8,7 @@ namespace quillorbit::fakes {
 struct FakeResources : Fake<Resources> {
   using Fake::Fake;
   std::string LoadResData(std::uint16_t lId, View sType) const override {
-    if (lId != 11 || sType != "SETUP_XSL" || bMissing) throw std::runtime_error("no resource");
+    if (lId != 11 || sType != "SETUP_XSL") throw std::runtime_error("no resource");
     return "the stylesheet";
   }
   std::string FileDescription() const override { return sFileDescription; }
@@ -25,7 +25,6 @@ struct FakeResources : Fake<Resources> {
     return icons.contains(sIcon) ? static_cast<IconHandle>(icons.at(sIcon) + cx) : 0;
   }
 
-  bool bMissing = false;
   std::string sFileDescription;
 };
 

@@ -10,13 +10,12 @@ namespace quillorbit::fakes {
 struct FakeShell : Fake<Shell> {
   using Fake::Fake;
   bool Shell_NotifyIconA(u32 lMessage, const NOTIFYICONDATAA& data) override {
-    return Notify(__func__, lMessage, lastA = data);
+    return Notify(__func__, lMessage, data);
   }
   bool Shell_NotifyIconW(u32 lMessage, const NOTIFYICONDATAW& data) override {
     return Notify(__func__, lMessage, lastW = data);
   }
 
-  NOTIFYICONDATAA lastA{};
   NOTIFYICONDATAW lastW{};
 
  private:

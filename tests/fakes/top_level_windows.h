@@ -19,7 +19,7 @@ struct FakeTopLevelWindows : Fake<TopLevelWindows> {
   }
   bool IsWindowVisible(WindowHandle h) override { return Find(h).bVisible; }
   int GetWindowTextLengthA(WindowHandle h) override {
-    return static_cast<int>(Find(h).sTitle.size()) + nLengthExcess;
+    return static_cast<int>(Find(h).sTitle.size());
   }
   int GetWindowTextA(WindowHandle h, char* sBuffer, int nMaxCount) override {
     return Copy(Find(h).sTitle, sBuffer, nMaxCount);
@@ -38,7 +38,6 @@ struct FakeTopLevelWindows : Fake<TopLevelWindows> {
 
   std::vector<FakeWindow> windows;
   std::map<WindowHandle, WindowHandle> owners;
-  int nLengthExcess = 0;  ///< how much longer a title is reported than it is
 
  private:
   FakeWindow Find(WindowHandle hwnd) const {
