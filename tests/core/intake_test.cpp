@@ -19,13 +19,18 @@ TEST(Receiver, EveryDatagramBecomesOneReport) {
   const MotionData same{.x = 150, .y = -150, .z = 75, .zr = 149, .b = least + 1};
   // Of a filtered axis that does not fit 16 bits the last output is sent; another one loses the
   // report. A filter that cannot be tuned keeps its 0.
-  const Case cases[] = {{"30", same, "4B 00 B5 FF 4B 00 95 00 01 00 00 80"},
-                        {"30", same, "70 00 90 FF 4B 00 95 00 01 00 00 80"},  // 112.5 to even
-                        {"30", {.x = 40000, .y = -32}, "70 00 B8 FF 00 00 00 00 00 00 00 00"},
-                        {"30", {.zr = 32768}, nullptr},
-                        {"0", {150, -1, 32767, -32768, -1}, "96 00 FF FF FF 7F 00 80 FF FF FF FF"},
-                        {"0", {.y = -32769}, nullptr},
-                        {"-30", {100, 100, 1, 2, 3}, "00 00 00 00 01 00 02 00 03 00 00 00"}};
+  const Case cases[] = {
+      {"30", same, "4B 00 B5 FF 4B 00 95 00 01 00 00 80"},
+      {"30", same, "70 00 90 FF 4B 00 95 00 01 00 00 80"},  // 112.5 to even
+      {"30", {.x = 40000, .y = -32}, "70 00 B8 FF 00 00 00 00 00 00 00 00"},
+      {"30", {.zr = 32768}, nullptr},
+      // A wider format would give 2 for the first 15, a fused addition 27 for 134.
+      {"6", {.x = 30, .y = 15}, "05 00 03 00 00 00 00 00 00 00 00 00"},
+      {"6", {.x = 134, .y = 15}, "1A 00 05 00 00 00 00 00 00 00 00 00"},
+      {"6", {-32768, 32767}, "C0 EA 59 15 00 00 00 00 00 00 00 00"},
+      {"0", {150, -1, 32767, -32768, -1}, "96 00 FF FF FF 7F 00 80 FF FF FF FF"},
+      {"0", {.y = -32769}, nullptr},
+      {"-30", {100, 100, 1, 2, 3}, "00 00 00 00 01 00 02 00 03 00 00 00"}};
   std::map<std::string, Program> programs;
   for (const Case& c : cases) {
     Program& p = programs[c.sSamples];
@@ -36,17 +41,7 @@ TEST(Receiver, EveryDatagramBecomesOneReport) {
   }
 }
 
-TEST(Receiver, WrongSizesAndFailedReadsDoNothingAtAll) {
-  Program p;
-  p.Start();
-  const std::vector<std::byte> bytes(21);
-  for (const std::size_t nSize : {0U, 19U, 21U}) p.Socket().Arrive(std::span(bytes).first(nSize));
-  p.Socket().bReadFails = true;
-  p.Arrive({});
-  EXPECT_EQ(p.Take(), Lines{});
-}
-
-TEST(Receiver, VisibleWindowShowsWhatCame) {
+TEST(Receiver, VisibleWindowShowsWhatCameUnlessTheReadFails) {
   Program p;
   p.Start();
   p.Arrive({.x = 150, .y = 100, .z = 10, .zr = -5, .b = 0x18001});
@@ -55,6 +50,9 @@ TEST(Receiver, VisibleWindowShowsWhatCame) {
                    "lblPacket.Caption 1 (0/s)", "lblX.Caption 150 (75)", "lblY.Caption 100 (50)",
                    "lblZ.Caption 10", "lblZr.Caption -5", "lblButtons.Caption 98305"}) +
                 Lamps(0x8001) + restart);
+  p.Socket().bReadFails = true;
+  p.Arrive({});
+  EXPECT_EQ(p.Take(), Lines{});
 }
 
 TEST(Receiver, AnyFailingStepIsSkippedAloneAndSetsTheCountToZero) {

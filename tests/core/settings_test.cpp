@@ -28,10 +28,7 @@ TEST_F(SettingsTest, LoadTakesWhatThereIs) {
   EXPECT_EQ(setup.Port, 0);  // the first one counts, and it is no number
   EXPECT_EQ(setup.Samples, 5002);
   EXPECT_EQ(setup.Msg(5), "");
-}
-
-TEST_F(SettingsTest, AnotherRootResetsTheNumbers) {
-  setup.Port = 1234;
+  // Another root resets the numbers.
   setup.DebugMode = true;
   platform.StoreProfile({{"port", "7"}, {"msg7", "Ende"}}, "other");
   EXPECT_TRUE(setup.Load());

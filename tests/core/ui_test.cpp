@@ -18,13 +18,6 @@ struct LayoutTest : testing::Test {
   fakes::FakeSlider& slider = p.Get<fakes::FakeSlider>("sldFilter");
 };
 
-TEST_F(LayoutTest, ControlsStandAsDesigned) {
-  EXPECT_EQ(p.tmrCheck2().iInterval, 1000);
-  EXPECT_FALSE(p.tmrCheck().bEnabled);
-  EXPECT_EQ(Left("lblButton15"), 1080 + 285 * 15);
-  EXPECT_EQ(p.toolkit.registry.byTabIndex.size(), 39U);  // one of its own for each control
-}
-
 TEST_F(LayoutTest, SliderTakesTheWidthThatTheRowLeaves) {
   ResizePanel(9510);
   EXPECT_EQ(slider.fWidth, 915);  // 9510 - 8475 - 120
@@ -83,16 +76,6 @@ TEST_F(PanelTest, TextThatIsNoNumberLeavesTheSocketAlone) {
     EXPECT_EQ(p.Take(), Calls("txtServerPort.Text 5000; txtServerPort.SelStart 0; "
                               "txtServerPort.SelLength 4; Beep"));
   }
-}
-
-TEST_F(PanelTest, RefusedPortClosesTheSocketUntilTheNextValidation) {
-  p.udpSockets.heldPorts = {6000};
-  EXPECT_FALSE(txtServerPort.Leave("6000"));
-  EXPECT_EQ(p.Socket().lBound, 0);
-  EXPECT_EQ(txtServerPort.sText, "5000");
-  EXPECT_TRUE(p.xml.store.files.empty());
-  EXPECT_TRUE(txtServerPort.Leave("5000"));
-  EXPECT_EQ(p.Socket().lBound, 5000);
 }
 
 TEST_F(PanelTest, SliderTunesBothFiltersAndSaves) {

@@ -92,15 +92,6 @@ const std::string sHead = "xof 0303txt 0032\n";
 const std::string sTriangle = "Mesh { 3; 0;0;0;, 1;0;0;, 0;1;0;; 1; 3; 0,1,2;; ";
 const std::string sMaterial = "Material { 1;0;0;1;; 0; 0;0;0;; 0;0;0;; ";
 
-/// The names of the textures of all materials.
-Lines Textures(const std::string& sBody) {
-  const Model model(sHead + sBody);
-  Lines names;
-  for (std::int32_t i = 0; i < model.nMaterials; ++i)
-    names.push_back(d3dx8::BufferGetTextureName(*model.materials, i));
-  return names;
-}
-
 TEST(Model, IsWhatExportersMean) {
   for (const std::string& sBody : Lines{
            "mesh 01_part#a{3;0;0;0;1;0;0;0;1;0;1;3;0;1;2;}\r\n\x1A",
@@ -109,22 +100,6 @@ TEST(Model, IsWhatExportersMean) {
            sTriangle + "MeshNormals { 1; 1;1;1;; 0; } MeshTextureCoords { 4; 0;0;0;0;0;0;7;7; } }"})
     EXPECT_EQ(Model(sHead + sBody).vertices,
               (Floats{0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0}));
-  // A mesh in a frame that mirrors and divides: its corners keep their order, and those with equal
-  // normals share a vertex.
-  const Model mirrored(sHead + "Mesh A { 3; 1;0;0;, 1;1;0;, 1;0;2;; 2; 3; 0,1,2; 3; 2,1,0; " +
-                       "MeshNormals { 2; 2;0;0; 2;0;0; 2; 3; 0,0,0; 3; 1,1,1; } } Frame { {A} " +
-                       "FrameTransformMatrix { -1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,2;; } }");
-  EXPECT_THAT(mirrored.indexes, ElementsAre(0, 1, 2, 2, 1, 0, 3, 4, 5, 5, 4, 3));
-  EXPECT_EQ(Floats(&mirrored.vertices.at(32), &mirrored.vertices.at(38)),
-            Floats({-0.5, 0.5, 0, -1, 0, 0}));
-  // References by name and GUID; of several objects of a name the last one counts.
-  const auto named = [](const std::string& sName, const std::string& sTexture) {
-    return "Material " + sName + sMaterial.substr(10) + "TextureFileName {\"" + sTexture + "\"} }";
-  };
-  EXPECT_THAT(
-      Textures(named("A {", "a") + named("B { <1b>", "b") + sTriangle +
-               "MeshMaterialList { 5; 1; 0; {B} {<1B>} {A} " + named("A {", "c") + "{A} } }"),
-      ElementsAre("b", "b", "a", "c", "c"));
   // Faces without an index have the last one; a mesh without materials is white beside others.
   Model model(sHead + "Mesh { 3; 0;0;0;1;0;0;0;1;0; 3; 3;0,1,2; 3;1,2,0; 3;2,0,1; " +
               "MeshMaterialList { 2; 2; 0, 1; " + sMaterial + "}" + sMaterial + "} } }" +
@@ -139,13 +114,13 @@ TEST(Model, NamesTexturesInsideItsFolder) {
       {R"(maps\\a/\phone.png)", "maps/a/phone.png"},
       {R"(C:\models\phone.png)", "phone.png"},
       {R"(.\maps\..\..\phone.png)", "phone.png"},
-      {"gr\xC3\xBC\xF0\x9F\x98\x80.bmp", "gr\xC3\xBC\xF0\x9F\x98\x80.bmp"},
       {"gr\xFC\x80.bmp", "gr\xC3\xBC\xE2\x82\xAC.bmp"},
       {std::string("a.bmp\0rest", 10), "a.bmp"}};
-  for (const auto& [sStored, sName] : names)
-    EXPECT_THAT(Textures(sTriangle + "MeshMaterialList { 1; 1; 0; " + sMaterial +
-                         "TextureFilename { \"" + sStored + "\"; } } } }"),
-                ElementsAre(sName));
+  for (const auto& [sStored, sName] : names) {
+    const Model model(sHead + sTriangle + "MeshMaterialList { 1; 1; 0; " + sMaterial +
+                      "TextureFilename { \"" + sStored + "\"; } } } }");
+    EXPECT_EQ(d3dx8::BufferGetTextureName(*model.materials, 0), sName);
+  }
 }
 
 std::string Repeated(int nTimes, const std::string& s) {
@@ -160,16 +135,12 @@ TEST(Model, IsRefusedWithTheReason) {
       {sHead + "Mesh {\n 3; 0;0;0;, 1;0;0;,\n 0;1;}", "line 4: a number is expected, not \"}\""},
       {sHead + "Mesh { 1431655766; 0;0;0;", "a count is larger than the rest"},
       {sHead + "Mesh { 3; 0;0;0;1;0;0;0;1;0; 1; 3; 0,1,3; }", "a corner that does not exist"},
-      {sHead + "Mesh { 1; 0;0;1e19; 0; }", "a number is out of range"},
       {sText + "MeshNormals { 1; 0;0;1; 1; 4; 0,0,0,0; } }", "are not those of the mesh"},
       {sList + "1; " + sMaterial + "} } }", "a material that does not exist"},
-      {sList + "0; {Red} } }", "no material before it"},
       {sList + "0; " + Repeated(4097, sMaterial + "}") + "} }", "more than 4096 materials"},
       {sHead + Repeated(257, "Frame {") + sTriangle + "}", "more than 256 deep"},
       {sHead + "Mesh G { 10000;" + sMany + "1;3;0,1,2;} Frame {" + Repeated(105, "{G}") + "}",
        "more than 1048576 vertices"},
-      {sHead + "Mesh A " + sTriangle.substr(5) + "} Frame {" + Repeated(16384, "{A}") + "}",
-       "more than 16384 meshes"},
       {"xof 0303bin 0032" + std::string("\x06\0\x15\0\0\0", 6), "a list is longer"},
       {sHouse.substr(0, 100), "the compressed data are cut off"},
       {sHouse + std::string("\1\0\2\0CK", 6), "damaged"}};

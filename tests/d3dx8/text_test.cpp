@@ -11,7 +11,7 @@ namespace {
 using Lines = std::vector<std::string>;
 
 struct Text : testing::Test {
-  Lines Draw(const std::string& sText, const platform::RECT& rect = {0, 0, 5, 2}) {
+  Lines Draw(const std::string& sText, const platform::RECT& rect) {
     d3dx8::DrawText(font, 0x80112233, sText, rect, 9);
     return log.Take();
   }
@@ -38,15 +38,6 @@ TEST_F(Text, IsOneBlendedQuadThatLeavesTheStatesAsTheyWere) {
   for (const platform::RECT& rect : {platform::RECT{5, 5, 5, 9}, {INT32_MAX, 0, INT32_MIN, 5}})
     EXPECT_EQ(Draw("abc", rect), Lines());
   EXPECT_THROW(Draw("abc", {0, INT32_MIN, 5, INT32_MAX}), platform::D3DError);
-}
-
-TEST_F(Text, IsRasterisedOnceWhileItIsAmongTheSixteenDrawnLast) {
-  constexpr std::size_t nDrawing = 14, nRasterising = 15, nWithNewTexture = 16;
-  for (int i = 0; i < 16; ++i) EXPECT_EQ(Draw(std::to_string(i)).size(), nWithNewTexture);
-  EXPECT_EQ(Draw("0", {3, 4, 8, 6}).size(), nDrawing);  // elsewhere
-  EXPECT_EQ(Draw("other").size(), nRasterising);        // in the texture of "1"
-  EXPECT_EQ(Draw("1", {0, 0, 9, 2}).size(), nWithNewTexture);
-  EXPECT_EQ(Draw("0").size() + Draw("15").size(), 2 * nDrawing);
 }
 
 }  // namespace

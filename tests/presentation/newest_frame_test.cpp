@@ -37,24 +37,6 @@ struct NewestFrameTest : testing::Test {
       behind, {[this] { return bVisible; }, [this] { return now; }, std::move(ownTimer)}};
 };
 
-TEST_F(NewestFrameTest, FrameReachesTheDeviceCallByCallBeforePresentReturns) {
-  fakes::CallLog directLog;
-  fakes::FakeDirect3DDevice direct(directLog);
-  const float vertices[] = {1, 2, 3, 4, 5, 6};
-  for (IDirect3DDevice8* p : std::initializer_list<IDirect3DDevice8*>{&direct, &device}) {
-    p->SetTransform(D3DTS_VIEW, {{{{1, 2}, {3}}}});
-    p->SetLight(1, {});
-    p->LightEnable(2, true);
-    p->SetStreamSource(0, std::make_shared<fakes::FakeVertexBuffer>(12), 12);
-    p->SetIndices(std::make_shared<fakes::FakeIndexBuffer>(12), 0);
-    p->DrawIndexedPrimitive(D3DPT_TRIANGLELIST, 1, 2, 3, 4);
-    p->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 1, vertices, 8);
-    p->Present(nullptr, nullptr, 0, nullptr);
-  }
-  EXPECT_EQ(log.Calls(), directLog.Calls());
-  EXPECT_EQ(behind->userVertices, direct.userVertices);
-}
-
 TEST_F(NewestFrameTest, SixtyUnevenFramesASecondAreEachShownAtOnce) {
   for (int i = 0; i < 600; ++i) {
     now = std::chrono::steady_clock::time_point(1h) + i * 16'667us + i * 7 % 8 * 1ms;
