@@ -28,9 +28,6 @@ struct TopLevelWindowsTest : testing::Test {
   void SetText(WindowHandle window, const char* sProperty, const char* sType, std::string_view s) {
     Set(window, sProperty, sType, s.data(), s.size(), 8);
   }
-  void SetWord(WindowHandle window, const char* sProperty, std::uint32_t word) {
-    Set(window, sProperty, "CARDINAL", &word, 1, 32);
-  }
   /// A hidden window. Without a class it is no program's, but may hold such windows.
   WindowHandle Make(WindowHandle parent, bool bClass = true) {
     const WindowHandle window = xcb_generate_id(x);
@@ -54,24 +51,22 @@ struct TopLevelWindowsTest : testing::Test {
   std::string Title(WindowHandle hwnd) {
     return {buffer, static_cast<std::size_t>(windows.GetWindowTextA(hwnd, buffer, sizeof buffer))};
   }
-  std::string Class(WindowHandle hwnd, int nMaxCount = 256) {
-    return {buffer, static_cast<std::size_t>(windows.GetClassNameA(hwnd, buffer, nMaxCount))};
+  std::string Class(WindowHandle hwnd) {
+    return {buffer, static_cast<std::size_t>(windows.GetClassNameA(hwnd, buffer, sizeof buffer))};
   }
 
   test::TemporaryFolder folder;
-  std::optional<test::VirtualDisplay> display{folder};
+  test::VirtualDisplay display{folder};
   xcb_connection_t* x = xcb_connect(nullptr, nullptr);
   const WindowHandle root = xcb_setup_roots_iterator(xcb_get_setup(x)).data->root;
-  std::vector<std::array<std::uint32_t, 3>> icons;
-  LinuxTopLevelWindows windows{[this](auto... icon) { icons.push_back({icon...}); }};
-  char buffer[70000] = "";
+  LinuxTopLevelWindows windows{[](auto...) {}};
+  char buffer[256] = "";
 };
 
 TEST_F(TopLevelWindowsTest, ListsShowsAndRaisesTheWindowsOfAllPrograms) {
   const WindowHandle lower = Make(root), upper = Make(root);
   for (const WindowHandle window : {lower, upper}) {
     EXPECT_FALSE(windows.IsWindowVisible(window));
-    EXPECT_FALSE(windows.ShowWindow(window, 0));
     EXPECT_TRUE(windows.ShowWindow(window, platform::SW_SHOW));
     EXPECT_TRUE(test::Eventually([&] { return windows.IsWindowVisible(window); }));
   }
@@ -80,44 +75,28 @@ TEST_F(TopLevelWindowsTest, ListsShowsAndRaisesTheWindowsOfAllPrograms) {
   EXPECT_TRUE(ListBecomes({held, hidden, upper, lower}));  // the topmost first
   EXPECT_TRUE(windows.SetForegroundWindow(lower));
   EXPECT_TRUE(ListBecomes({held, hidden, lower, upper}));
-  SetWord(hidden, "WM_STATE", 3);
+  const std::uint32_t iconic = 3;
+  Set(hidden, "WM_STATE", "WM_STATE", &iconic, 1, 32);
   EXPECT_TRUE(windows.IsWindowVisible(hidden));  // minimised
 
   Handles seen;
   const auto frame = RequestFrameExtents(x, hidden);
   EXPECT_TRUE(frame && frame->top > frame->bottom);  // with a title bar
-  EXPECT_FALSE(RequestFrameExtents(x, root));        // nobody answers
-  const auto destroyTwoAndStopAtLower = [&](WindowHandle hwnd, std::int32_t) {
+  const auto destroyHiddenAndStopAtLower = [&](WindowHandle hwnd, std::int32_t) {
+    Succeeds(x, xcb_destroy_window_checked(x, hidden));
     seen.push_back(hwnd);
-    if (hwnd == held)
-      for (const WindowHandle gone : {held, hidden}) {
-        Succeeds(x, xcb_destroy_window_checked(x, gone));
-        EXPECT_EQ(Title(gone) + Class(gone), "");
-        EXPECT_FALSE(windows.IsWindowVisible(gone) || windows.ShowWindow(gone, platform::SW_SHOW));
-      }
     return hwnd != lower;
   };
-  EXPECT_FALSE(windows.EnumWindows(destroyTwoAndStopAtLower, 0));
-  EXPECT_EQ(std::ranges::count(seen, hidden), 0);
-  EXPECT_EQ(seen.back(), lower);
-
-  display.reset();
-  EXPECT_FALSE(windows.EnumWindows([](auto...) { return true; }, 0));
-  EXPECT_FALSE(windows.SetForegroundWindow(root));
-  const test::TemporaryFolder other;
-  display.emplace(other);
-  EXPECT_EQ(Listed(), Handles{});
+  EXPECT_FALSE(windows.EnumWindows(destroyHiddenAndStopAtLower, 0));
+  EXPECT_TRUE(seen.back() == lower && std::ranges::count(seen, hidden) == 0);
+  EXPECT_FALSE(windows.IsWindowVisible(hidden) || windows.ShowWindow(hidden, platform::SW_SHOW));
 }
 
-TEST_F(TopLevelWindowsTest, ReadsTitleClassAndOwnerAndPassesIconsOn) {
+TEST_F(TopLevelWindowsTest, ReadsTitleClassAndOwner) {
   const WindowHandle owner = Make(root), window = Make(root);
-  const std::string sLong(65535, 'x');
   const std::vector<std::array<std::string, 4>> titles = {
       {"WM_NAME", "STRING", "Caf\xE9", "Café"},
       {"WM_NAME", "UTF8_STRING", "a\xFF z\xE2\x82", "a\uFFFD z\uFFFD\uFFFD"},
-      {"WM_NAME", "UTF8_STRING", "end\0more"s, "end"},
-      {"WM_NAME", "UTF8_STRING", sLong + "€", sLong},
-      {"_NET_WM_NAME", "STRING", "not of its type", sLong},
       {"_NET_WM_NAME", "UTF8_STRING", "a€b", "a€b"}};
   for (const auto& [sProperty, sType, sText, sTitle] : titles) {
     SetText(window, sProperty.c_str(), sType.c_str(), sText);
@@ -128,22 +107,9 @@ TEST_F(TopLevelWindowsTest, ReadsTitleClassAndOwnerAndPassesIconsOn) {
   for (int nMaxCount = 0; nMaxCount <= 6; ++nMaxCount)
     EXPECT_EQ(windows.GetWindowTextA(window, buffer, nMaxCount), lengths[nMaxCount]);
   EXPECT_EQ(Class(window), "Class");  // the second string of WM_CLASS
-  EXPECT_EQ(Class(window, 3), "Cl");
-  SetText(window, "WM_CLASS", "STRING", "name");
-  EXPECT_EQ(Class(window), "");
 
-  const auto ownerIs = [&](std::uint32_t transientFor, std::uint32_t lCommand = 4) {
-    SetWord(window, "WM_TRANSIENT_FOR", transientFor);
-    return windows.GetWindow(window, lCommand);
-  };
-  EXPECT_EQ(ownerIs(owner), owner);
-  EXPECT_EQ(ownerIs(owner, 3), 0U);
-  xcb_destroy_window(x, owner);
-  for (const std::uint32_t none : {root, window, owner}) EXPECT_EQ(ownerIs(none), 0U);
-
-  for (const std::uint32_t lKind : {0U, 1U, 2U}) windows.SendMessageA(5, 0x80, lKind, 6);
-  windows.SendMessageA(5, 0x10, 0, 6);
-  EXPECT_EQ(icons, (std::vector{std::array{5U, 0U, 6U}, std::array{5U, 1U, 6U}}));
+  Set(window, "WM_TRANSIENT_FOR", "WINDOW", &owner, 1, 32);
+  EXPECT_EQ(windows.GetWindow(window, 4), owner);
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <optional>
 #include <vector>
 
-#include <qtestsupport_core.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -40,9 +39,8 @@ struct Driver {
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
     std::strcpy(address.sun_path, path.c_str());
     EXPECT_EQ(bind(m_listener.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    Listen();
+    EXPECT_EQ(listen(m_listener.Get(), 0), 0);
   }
-  void Listen() { EXPECT_EQ(listen(m_listener.Get(), 0), 0); }
   bool Accept() {
     if (!m_client.IsOpen())
       m_client = FileDescriptor(accept4(m_listener.Get(), nullptr, nullptr, SOCK_NONBLOCK));
@@ -65,9 +63,7 @@ DeviceHandle OpenPath(linux_adapter::LinuxDevice& device, const char* sPath) {
 }
 
 struct LinuxDeviceTest : testing::Test {
-  DeviceHandle Find(const platform::Guid* pClass = &joystickClass) {
-    return m_device.SetupDiGetClassDevsA(pClass, nullptr, 0, 0x12);
-  }
+  DeviceHandle Find() { return m_device.SetupDiGetClassDevsA(&joystickClass, nullptr, 0, 0x12); }
   DeviceHandle Open() { return OpenPath(m_device, R"(\\.\vJoyQuillorbit)"); }
   bool Send(DeviceHandle hDevice, const Bytes& input, std::uint32_t lCode = 100) {
     return m_device.DeviceIoControl(hDevice, lCode, input.data(),
@@ -97,9 +93,6 @@ TEST_F(LinuxDeviceTest, SendsEachControlAsOnePacketAndKnowsItsHandles) {
   EXPECT_TRUE(Send(hDevice, Report(1)));
   EXPECT_TRUE(Send(hDevice, {}, 0x01020304));
   EXPECT_FALSE(Send(hSet, Report(2)));
-  EXPECT_FALSE(m_device.DeviceIoControl(hDevice, 100, nullptr, 12, nullptr, 0, nullptr, nullptr));
-  EXPECT_FALSE(m_device.CloseHandle(hSet));
-  EXPECT_FALSE(m_device.SetupDiDestroyDeviceInfoList(hDevice));
   EXPECT_TRUE(m_device.SetupDiDestroyDeviceInfoList(hSet));
   EXPECT_EQ(driver.Next(), Packet(1));
   EXPECT_EQ(driver.Next(), (Bytes{4, 3, 2, 1}));
@@ -107,50 +100,23 @@ TEST_F(LinuxDeviceTest, SendsEachControlAsOnePacketAndKnowsItsHandles) {
   EXPECT_TRUE(m_device.CloseHandle(hDevice));
   EXPECT_EQ(driver.Next(), Bytes());
   EXPECT_FALSE(m_device.CloseHandle(hDevice));
-  EXPECT_NE(Open(), hDevice);
-  EXPECT_FALSE(Send(hDevice, Report(2)));
-
-  EXPECT_EQ(OpenPath(m_device, R"(\\.\vJoyQuillorbit2)"), INVALID_HANDLE_VALUE);
-  platform::Guid otherClass = joystickClass;
-  otherClass.Data4[7] ^= 1;
-  EXPECT_EQ(Find(&otherClass), INVALID_HANDLE_VALUE);
 }
 
 TEST_F(LinuxDeviceTest, LeavesADriverThatPausesWithTheNewestReport) {
   Driver driver(m_socket);
   const DeviceHandle hDevice = Open();
   ASSERT_TRUE(driver.Accept());
-  const auto fill = [&] {
-    int nSent = 0;
-    while (nSent < 10'000 && Send(hDevice, Report(1))) ++nSent;
-    return nSent;
-  };
-  const auto takeQueue = [&](int nSent) {
-    while (nSent-- > 0) ASSERT_EQ(driver.Next(), Packet(1));
-  };
-  int nSent = fill();
+  int nSent = 0;
+  while (nSent < 10'000 && Send(hDevice, Report(1))) ++nSent;
   EXPECT_FALSE(Send(hDevice, Report(2)));
   EXPECT_FALSE(Send(hDevice, Report(3)));
   Settle();
-  takeQueue(nSent);
+  while (nSent-- > 0) ASSERT_EQ(driver.Next(), Packet(1));
   EXPECT_FALSE(Send(hDevice, {}, 7));  // there is room, but a report comes first
   Settle();
   EXPECT_EQ(driver.Next(), Packet(3));
-
-  nSent = fill();
-  EXPECT_FALSE(Send(hDevice, Report(4)));
-  takeQueue(nSent);
-  EXPECT_TRUE(Send(hDevice, Report(5)));  // in the place of 4
-  Settle();
-  EXPECT_EQ(driver.Next(), Packet(5));
-  EXPECT_EQ(driver.Next(), std::nullopt);
-
-  nSent = fill();
-  EXPECT_FALSE(Send(hDevice, Report(6)));
-  EXPECT_TRUE(m_device.CloseHandle(hDevice));
-  takeQueue(nSent);
-  EXPECT_EQ(driver.Next(), Packet(6));
-  EXPECT_EQ(driver.Next(), Bytes());
+  EXPECT_TRUE(Send(hDevice, Report(4)));
+  EXPECT_EQ(driver.Next(), Packet(4));
 }
 
 TEST_F(LinuxDeviceTest, FindsADriverThatComesBack) {
@@ -158,7 +124,6 @@ TEST_F(LinuxDeviceTest, FindsADriverThatComesBack) {
   std::optional<Driver> driver(m_socket);
   const DeviceHandle hDevice = Open();
   ASSERT_TRUE(driver->Accept());
-  EXPECT_TRUE(Send(hDevice, Report(1)));
   driver.reset();
   EXPECT_FALSE(Send(hDevice, Report(3)));
   Settle();
@@ -167,26 +132,9 @@ TEST_F(LinuxDeviceTest, FindsADriverThatComesBack) {
   ASSERT_TRUE(WaitUntil([&] { return driver->Accept(); }));
   Settle();
   EXPECT_EQ(driver->Next(), Packet(4));
-  driver->m_client = {};  // which turns the program away, and is tried again
-  ASSERT_TRUE(WaitUntil([&] { return driver->Accept(); }));
-  Settle();
-  EXPECT_EQ(driver->Next(), Packet(4));
-  QTest::qWait(1100);
   EXPECT_TRUE(Send(hDevice, Report(5)));
   EXPECT_EQ(driver->Next(), Packet(5));
-  EXPECT_EQ(std::ranges::count(testing::internal::GetCapturedStderr(), '\n'), 2);  // gone, back
-}
-
-TEST_F(LinuxDeviceTest, SaysWhatStandsInTheDriversPlace) {
-  WriteFile(m_socket, "");
-  EXPECT_THAT(Explanation(), HasSubstr("not a driver's socket"));
-  {
-    const Driver driver(m_socket);
-    ASSERT_NE(Open(), INVALID_HANDLE_VALUE);
-    EXPECT_THAT(Explanation(), HasSubstr("refuses"));  // the queue of those who wait is full
-  }
-  EXPECT_THAT(Explanation(), HasSubstr("refuses"));  // nobody listens
-  EXPECT_NE(Find(), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(std::ranges::count(testing::internal::GetCapturedStderr(), '\n'), 1);  // said once
 }
 
 TEST_F(LinuxDeviceTest, TrustsNoDriverOfAnotherUser) {
@@ -195,20 +143,13 @@ TEST_F(LinuxDeviceTest, TrustsNoDriverOfAnotherUser) {
   ASSERT_EQ(lchown(m_socket.c_str(), 65534, 65534), 0);
   EXPECT_EQ(Find(), INVALID_HANDLE_VALUE);
   EXPECT_THAT(Explanation(), HasSubstr("belongs to another user (uid 65534)"));
-  ASSERT_EQ(lchown(m_socket.c_str(), 0, 0), 0);
-  ASSERT_EQ(seteuid(65534), 0);
-  driver.Listen();  // from now on the kernel reports the listener's user
-  ASSERT_EQ(seteuid(0), 0);
-  EXPECT_THAT(Explanation(), HasSubstr("runs as another user (uid 65534)"));
 }
 
-TEST_F(LinuxDeviceTest, ExplainsOnceWhyThereIsNoJoystick) {
-  testing::internal::CaptureStderr();
+TEST_F(LinuxDeviceTest, ExplainsWhyThereIsNoJoystick) {
   EXPECT_EQ(Find(), INVALID_HANDLE_VALUE);
-  EXPECT_EQ(Open(), INVALID_HANDLE_VALUE);
-  const std::string sSaid = testing::internal::GetCapturedStderr();
-  EXPECT_THAT(sSaid, HasSubstr("sudo modprobe uinput\n"));
-  EXPECT_EQ(std::ranges::count(sSaid, '\n'), 3);
+  EXPECT_THAT(Explanation(), HasSubstr("sudo modprobe uinput\n"));
+  WriteFile(m_socket, "");
+  EXPECT_THAT(Explanation(), HasSubstr("not a driver's socket"));
   WriteFile(m_uinput, "");
   EXPECT_NE(Find(), INVALID_HANDLE_VALUE);  // the presence of the node is enough
   EXPECT_THAT(Explanation(), HasSubstr("could not be made"));

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 #include <set>
 
-#include "platform/linux/process/code_page.h"
-
 namespace quillorbit::linux_tests {
 namespace {
 
@@ -32,18 +30,6 @@ TEST(Resources, HaveMaskedIconsScaledFromTheNearestSize) {
               image("AAA", nFrom).scaled(n, n, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
   EXPECT_EQ(load("OK", 16, 16), load("OK", 16, 16));
   for (const char* sName : {"", "NONE", "aaa", "../ICON/AAA"}) EXPECT_EQ(load(sName, 16, 16), 0U);
-  for (const int n : {0, -1, 257}) EXPECT_EQ(load("AAA", 16, n) + load("AAA", n, 16), 0U) << n;
-  EXPECT_TRUE(resources.Image(0).isNull() && resources.Image(UINT32_MAX).isNull());
-}
-
-TEST(CodePage, IsUtf8AndReplacesWhatCannotBeConverted) {
-  const linux_adapter::LinuxCodePage codePage;
-  const std::u16string sWide(u"\uFEFFJo\u00FF\0\U0001F579", 7);
-  const std::string sBytes("\xEF\xBB\xBFJo\xC3\xBF\0\xF0\x9F\x95\xB9", 12);
-  EXPECT_EQ(codePage.WideCharToMultiByte(sWide), sBytes);
-  EXPECT_EQ(codePage.MultiByteToWideChar(sBytes), sWide);
-  EXPECT_EQ(codePage.WideCharToMultiByte({u"\xD83Dz\xDD79"}), "\xEF\xBF\xBDz\xEF\xBF\xBD");
-  EXPECT_EQ(codePage.MultiByteToWideChar("\xC0\xAFz\xC3"), u"\uFFFD\uFFFDz\uFFFD");
 }
 
 }  // namespace
