@@ -47,10 +47,9 @@ struct FakeLabel : FakeControl<Label> {
   }
   std::string Caption() const override { return sCaption; }
   void Caption(View s) override { Set(__func__, sCaption, s); }
-  void BackColor(Colour c) override { Set(__func__, backColor, c); }
+  void BackColor(Colour c) override { Call(__func__, c); }
 
   std::string sCaption;
-  Colour backColor = 0;
 };
 
 struct FakeTextBox : FakeControl<TextBox> {
@@ -86,14 +85,8 @@ struct FakeSlider : FakeControl<Slider> {
 
 struct FakeCheckBox : FakeControl<CheckBox> {
   using FakeControl::FakeControl;
-  int Value() const override { return iValue; }
-  void Value(int i) override { Set(__func__, iValue, i); }
-  /// The user ticks (1) or clears (0) the box.
-  void Tick(int i) {
-    iValue = i;
-    Click();
-  }
-  int iValue = 0;
+  int Value() const override { return 0; }
+  void Value(int i) override { Call(__func__, i); }
 };
 
 /// Adds to `Base` the making of controls.

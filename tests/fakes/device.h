@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdio>
-
 #include "fakes/call_log.h"
 #include "platform/device.h"
 
@@ -13,9 +11,8 @@ struct Hex {
   std::size_t nSize;
   friend std::ostream& operator<<(std::ostream& out, const Hex& hex) {
     const auto* const p = static_cast<const unsigned char*>(hex.pBytes);
-    char sByte[4];
     for (std::size_t i = 0; i < hex.nSize; ++i)
-      out.write(sByte, std::snprintf(sByte, sizeof sByte, i == 0 ? "%02X" : " %02X", p[i]));
+      out << (i ? " " : "") << "0123456789ABCDEF"[p[i] >> 4] << "0123456789ABCDEF"[p[i] & 15];
     return out;
   }
 };
@@ -29,8 +26,7 @@ struct FakeDevice : Fake<DeviceFunctions> {
   bool SetupDiDestroyDeviceInfoList(DeviceHandle h) override { return Answer(true, __func__, h); }
   DeviceHandle CreateFileA(const char* s, u32 lAccess, u32 lShare, void* pSecurity,
                            u32 lDisposition, u32 lFlags, DeviceHandle h) override {
-    return Answer(42U, __func__, s, lAccess, lShare, pSecurity,
-                  lDisposition, lFlags, h);
+    return Answer(42U, __func__, s, lAccess, lShare, pSecurity, lDisposition, lFlags, h);
   }
   bool DeviceIoControl(DeviceHandle h, u32 lCode, const void* pIn, u32 lIn, void* pOut, u32 lOut,
                        u32* pReturned, void* p) override {

@@ -129,10 +129,8 @@ struct FakeDirect3DDevice : Fake<IDirect3DDevice8> {
   std::vector<std::byte> userVertices;
 };
 
-/// What the graphics adapter answers, and the device that was made last.
 struct FakeAdapter {
-  i32 lFormatResult = D3D_OK;
-  std::weak_ptr<FakeDirect3DDevice> device;
+  std::weak_ptr<FakeDirect3DDevice> device;  ///< the last that was made
 };
 
 struct FakeDirect3D : Fake<IDirect3D8> {
@@ -144,7 +142,7 @@ struct FakeDirect3D : Fake<IDirect3D8> {
   }
   i32 CheckDeviceFormat(u32 i, D3DDEVTYPE e, D3DFORMAT eAdapter, u32 lUsage, D3DRESOURCETYPE eType,
                         D3DFORMAT f) override {
-    return Answer(adapter.lFormatResult, __func__, i, e, eAdapter, lUsage, eType, f);
+    return Answer(D3D_OK, __func__, i, e, eAdapter, lUsage, eType, f);
   }
   Device CreateDevice(u32 i, D3DDEVTYPE e, WindowHandle h, u32 lBehavior,
                       D3DPRESENT_PARAMETERS& parameters) override {

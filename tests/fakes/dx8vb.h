@@ -17,7 +17,6 @@ struct FakeModel {
 
 struct FakeMesh : Fake<ID3DXMesh> {
   using Fake::Fake;
-  ~FakeMesh() override { log.Note("mesh released"); }
   void DrawSubset(u32 i) override { Call(__func__, i); }
   u32 GetNumFaces() const override { return 12; }
   u32 GetNumVertices() const override { return 24; }

@@ -29,8 +29,8 @@ struct FakeForm : FakeContainer<Fake<Form>> {
   float ScaleHeight() const override { return fScaleHeight; }
 
   Own<Timer> NewTimer(int iInterval, bool bEnabled) override {
-    const std::string sTimer = "timer" + std::to_string(timers.size());
-    auto timer = std::make_unique<FakeTimer>(log, sTimer, iInterval, bEnabled);
+    auto timer = std::make_unique<FakeTimer>(log, "timer" + std::to_string(timers.size()),
+                                             iInterval, bEnabled);
     timers.push_back(timer.get());
     return timer;
   }
@@ -58,7 +58,6 @@ struct FakeForm : FakeContainer<Fake<Form>> {
 
   const FormDesign design;
   std::string sCaption{design.sCaption};
-  const std::string sClass{design.sClass};
   float fScaleWidth = design.fScaleWidth, fScaleHeight = design.fScaleHeight;
   bool bVisible = false, bUnloaded = false;
   platform::WindowState eState = platform::WindowState::Normal;

@@ -2,8 +2,7 @@
 
 namespace quillorbit::fakes {
 
-FakePlatform::FakePlatform() { xml.store.texts["the stylesheet"] = std::make_shared<XmlTree>(); }
-
+FakePlatform::FakePlatform() = default;
 FakePlatform::~FakePlatform() = default;
 
 void FakePlatform::StoreProfile(const std::vector<std::pair<std::string, std::string>>& elements,

@@ -42,7 +42,7 @@ struct FakeTopLevelWindows : Fake<TopLevelWindows> {
  private:
   FakeWindow Find(WindowHandle hwnd) const {
     const auto it = std::ranges::find(windows, hwnd, &FakeWindow::hwnd);
-    return it == windows.end() ? FakeWindow{0, "", "", false} : *it;
+    return windows.at(std::size_t(it - windows.begin()));
   }
   static int Copy(const std::string& s, char* sBuffer, int nMaxCount) {
     const std::size_t n = s.copy(sBuffer, static_cast<std::size_t>(nMaxCount) - 1);
