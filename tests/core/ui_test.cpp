@@ -68,6 +68,11 @@ TEST_F(PanelTest, GoodPortIsBoundAndSaved) {
   EXPECT_EQ(p.Take(), Lines({"sckUDP.Close", "sckUDP.Protocol 1", "sckUDP.Bind 6000"}) + save);
   EXPECT_TRUE(txtServerPort.Leave(" 7000.5 "));
   EXPECT_EQ(p.StoredElement("port"), "7000");
+
+  p.Take();
+  p.log.FailAt(7);  // xml.save
+  EXPECT_FALSE(txtServerPort.Leave("8000"));
+  EXPECT_EQ(p.Take().back(), "Beep");
 }
 
 TEST_F(PanelTest, TextThatIsNoNumberLeavesTheSocketAlone) {

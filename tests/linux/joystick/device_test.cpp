@@ -39,8 +39,9 @@ struct Driver {
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
     std::strcpy(address.sun_path, path.c_str());
     EXPECT_EQ(bind(m_listener.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    EXPECT_EQ(listen(m_listener.Get(), 0), 0);
+    Listen();
   }
+  void Listen() { EXPECT_EQ(listen(m_listener.Get(), 0), 0); }
   bool Accept() {
     if (!m_client.IsOpen())
       m_client = FileDescriptor(accept4(m_listener.Get(), nullptr, nullptr, SOCK_NONBLOCK));
@@ -106,17 +107,37 @@ TEST_F(LinuxDeviceTest, LeavesADriverThatPausesWithTheNewestReport) {
   Driver driver(m_socket);
   const DeviceHandle hDevice = Open();
   ASSERT_TRUE(driver.Accept());
-  int nSent = 0;
-  while (nSent < 10'000 && Send(hDevice, Report(1))) ++nSent;
+  const auto fill = [&] {
+    int nSent = 0;
+    while (nSent < 10'000 && Send(hDevice, Report(1))) ++nSent;
+    return nSent;
+  };
+  const auto takeQueue = [&](int nSent) {
+    while (nSent-- > 0) ASSERT_EQ(driver.Next(), Packet(1));
+  };
+  int nSent = fill();
   EXPECT_FALSE(Send(hDevice, Report(2)));
   EXPECT_FALSE(Send(hDevice, Report(3)));
   Settle();
-  while (nSent-- > 0) ASSERT_EQ(driver.Next(), Packet(1));
+  takeQueue(nSent);
   EXPECT_FALSE(Send(hDevice, {}, 7));  // there is room, but a report comes first
   Settle();
   EXPECT_EQ(driver.Next(), Packet(3));
-  EXPECT_TRUE(Send(hDevice, Report(4)));
-  EXPECT_EQ(driver.Next(), Packet(4));
+
+  nSent = fill();
+  EXPECT_FALSE(Send(hDevice, Report(4)));
+  takeQueue(nSent);
+  EXPECT_TRUE(Send(hDevice, Report(5)));  // in the place of 4
+  Settle();
+  EXPECT_EQ(driver.Next(), Packet(5));
+  EXPECT_EQ(driver.Next(), std::nullopt);
+
+  nSent = fill();
+  EXPECT_FALSE(Send(hDevice, Report(6)));
+  EXPECT_TRUE(m_device.CloseHandle(hDevice));
+  takeQueue(nSent);
+  EXPECT_EQ(driver.Next(), Packet(6));
+  EXPECT_EQ(driver.Next(), Bytes());
 }
 
 TEST_F(LinuxDeviceTest, FindsADriverThatComesBack) {
@@ -143,6 +164,11 @@ TEST_F(LinuxDeviceTest, TrustsNoDriverOfAnotherUser) {
   ASSERT_EQ(lchown(m_socket.c_str(), 65534, 65534), 0);
   EXPECT_EQ(Find(), INVALID_HANDLE_VALUE);
   EXPECT_THAT(Explanation(), HasSubstr("belongs to another user (uid 65534)"));
+  ASSERT_EQ(lchown(m_socket.c_str(), 0, 0), 0);
+  ASSERT_EQ(seteuid(65534), 0);
+  driver.Listen();  // from now on the kernel reports the listener's user
+  ASSERT_EQ(seteuid(0), 0);
+  EXPECT_THAT(Explanation(), HasSubstr("runs as another user (uid 65534)"));
 }
 
 TEST_F(LinuxDeviceTest, ExplainsWhyThereIsNoJoystick) {

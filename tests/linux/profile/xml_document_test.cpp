@@ -39,6 +39,8 @@ TEST_F(XmlDocument, IsBuiltIndentedAndSavedWithEveryText) {
   element->text(sText);
   for (const auto& sBad : {"\x01"s, "a\0b"s, "\xC3"s, "\xED\xA0\x80"s, "\xEF\xBF\xBF"s})
     EXPECT_THROW(element->text(sBad), std::runtime_error);
+  for (const auto& sBad : {""s, "1a"s, "a b"s, "a\0"s, "a:b"s, "\xFF"s})
+    EXPECT_THROW((void)m_document->createElement(sBad), std::runtime_error);
   root->appendChild(*element);
   m_document->appendChild(*root);
   const std::string sIndented = m_document->transformNode(*stylesheet);
@@ -54,31 +56,41 @@ TEST_F(XmlDocument, FindsTheFirstChildElementWhichOutlivesTheContent) {
   ASSERT_TRUE(m_document->loadXML(
       "<!--a--><r>x<b>0</b><a>1<c>2</c><!-- --><![CDATA[<3>]]></a><a>4</a><p:d xmlns:p='u'/></r>"));
   const auto root = m_document->selectSingleNode("r"), kept = root->selectSingleNode("a");
+  EXPECT_EQ(m_document->text(), "x012<3>4");
   for (const char* sName : {"c", "d", "", "A", "p:d"})
     EXPECT_EQ(root->selectSingleNode(sName), nullptr) << sName;
   root->text("new");
   ASSERT_FALSE(m_document->loadXML("<r>"));
+  EXPECT_EQ(m_document->selectSingleNode("r"), nullptr);
   EXPECT_EQ(kept->text(), "12<3>");
 }
 
 TEST_F(XmlDocument, IsReadInTheEncodingThatTheFileAnnounces) {
+  std::string sLittle, sBig;
+  for (const char c : "<?xml version='1.0' encoding='UTF-32'?><r>\xE4</r>"s) {
+    sLittle += c + "\0\0\0"s;
+    sBig += "\0\0\0"s + c;
+  }
   for (const std::string& sBytes :
        {"<?xml version='1.0' encoding='ISO-8859-1'?><r>\xE4</r>"s, "\xEF\xBB\xBF<r>\xC3\xA4</r>"s,
-        "\xFF\xFE<\0r\0>\0\xE4\0<\0/\0r\0>\0"s, "\xFE\xFF\0<\0r\0>\0\xE4\0<\0/\0r\0>"s})
+        "\xFF\xFE<\0r\0>\0\xE4\0<\0/\0r\0>\0"s, "\xFE\xFF\0<\0r\0>\0\xE4\0<\0/\0r\0>"s, sLittle,
+        sBig, "\xFF\xFE\0\0"s + sLittle, "\0\0\xFE\xFF"s + sBig})
     EXPECT_EQ(Load(sBytes), "\xC3\xA4") << sBytes;
 }
 
 TEST_F(XmlDocument, IsRefusedWhenItIsBrokenOrNamesOtherFilesOrCostsTooMuch) {
   const std::string sUrl = "'file://" + (m_folder / "other").string() + "'";
   WriteFile(m_folder / "other", "<s>other</s>");
-  std::string sAttributes;
+  std::string sAttributes, sNamespaces;
   for (int i = 0; i < 60'000; ++i) sAttributes += " a" + std::to_string(i) + "=''";
+  for (int i = 0; i < 250; ++i) sNamespaces += "<r xmlns:a" + std::to_string(i) + "='u'>";
+  for (int i = 0; i < 250; ++i) sNamespaces += "</r>";
   EXPECT_EQ(Load("<!DOCTYPE r><r a=''>d</r>"), "d");
   for (const std::string& sXml :
        {""s, "<r>a"s, "<r/><r/>"s, "<r>\xE4</r>"s, "<!DOCTYPE r><r>&x;</r>"s,
         "<?xml version='1.0' encoding='nonsense'?><r/>"s, "<!DOCTYPE r [<!ENTITY x 'y'>]><r/>"s,
         "<!DOCTYPE r [<!ENTITY % x SYSTEM " + sUrl + ">%x;]><r/>",
-        "<!DOCTYPE r SYSTEM " + sUrl + "><r/>", "<r" + sAttributes + "/>"})
+        "<!DOCTYPE r SYSTEM " + sUrl + "><r/>", "<r" + sAttributes + "/>", sNamespaces})
     EXPECT_EQ(Load(sXml), "(refused)") << sXml.substr(0, 60);
 
   const std::string sLongest = "<r>" + std::string(1'048'576 - 7, 'x') + "</r>";
@@ -107,7 +119,8 @@ TEST_F(XmlDocument, ReplacesItsFileAndKeepsLinkModeAndWhatWasRefused) {
   EXPECT_EQ(ReadFile(sLink), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<r>new</r>\n");
   EXPECT_TRUE(std::filesystem::is_symlink(sLink));
   EXPECT_EQ(ReadFile(sTarget + ".refused") + ReadFile(sTarget + ".refused-1"), "<r>1<r>2");
-  EXPECT_THROW(m_document->save(m_folder / "missing/test.setup"), std::system_error);
+  for (const char* sPath : {"", "missing/test.setup"})
+    EXPECT_THROW(m_document->save(m_folder / sPath), std::system_error) << sPath;
 }
 
 }  // namespace

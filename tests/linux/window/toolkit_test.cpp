@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QMenu>
 #include <QMessageBox>
 #include <QTest>
 #include <QTimer>
@@ -105,6 +106,12 @@ TEST_F(ToolkitTest, FocusFollowsTheTabIndexesAndStaysWithABadText) {
   EXPECT_EQ(Focused(), "check");
 }
 
+TEST_F(ToolkitTest, TextBoxHasTheFocusWhereTheSurfaceIsHidden) {
+  surface->Visible(false);
+  Show();
+  EXPECT_EQ(Focused(), "box");
+}
+
 TEST_F(ToolkitTest, SliderStaysInItsRangeAndControlsOnWholePixels) {
   slider->Min(1);
   slider->Max(30);
@@ -195,6 +202,22 @@ TEST_F(ToolkitTest, MessageBoxBlocksTheWindowAndShowsPlainText) {
     message.close();
   });
   EXPECT_EQ(toolkit.MsgBox("<b>a</b> & b", 64, "<i> & [*]"), platform::IDOK);
+}
+
+TEST_F(ToolkitTest, MenuMarksItsDefaultItemAndReportsTheChoice) {
+  Show();
+  auto menu = form->NewMenu("Menu");
+  auto item = menu->NewItem();
+  item->Caption("&A & b");
+  item->Click = [&] { sEvents += "chosen "; };
+  QTimer::singleShot(0, [&] {
+    auto* const pMenu = static_cast<QMenu*>(QApplication::activePopupWidget());
+    EXPECT_EQ(pMenu->defaultAction()->text(), "&A & b");
+    form->PopupMenu(*menu, 0, nullptr);  // it is open already
+    QTest::keyClick(pMenu, Qt::Key_A);
+  });
+  form->PopupMenu(*menu, 0, item.get());
+  EXPECT_EQ(sEvents, "chosen ");
 }
 
 }  // namespace
