@@ -112,7 +112,10 @@ void Desktop::Answer(const std::string& sBox, const std::string& sKeys) {
   EXPECT_TRUE(Eventually([&] { return !HasWindow(sBox); })) << sBox;
 }
 
-void Desktop::Minimise() { Command("xdotool windowminimize " + FirstWindow(sMainWindow)); }
+void Desktop::Minimise() {
+  Command("xdotool windowminimize " + FirstWindow(sMainWindow));
+  ASSERT_TRUE(Eventually([] { return !HasWindow(sMainWindow); }));
+}
 
 void Desktop::AskToClose() {
   // The window manager misses keys while it takes in that the first artificial one has changed the
@@ -142,11 +145,13 @@ std::vector<JoystickReport> Desktop::Reports() const {
 
 bool Desktop::Listens() const {
   const std::size_t nBefore = Reports().size();
-  return Eventually([&] {
-    Send({.z = 42});
-    const auto reports = Reports();
-    return reports.size() > nBefore && reports.back().z == 42;
-  });
+  return Eventually(
+      [&] {
+        Send({.z = 42});
+        const auto reports = Reports();
+        return reports.size() > nBefore && reports.back().z == 42;
+      },
+      std::chrono::seconds(5));
 }
 
 }  // namespace quillorbit::test

@@ -53,6 +53,7 @@ class Desktop : public testing::Test {
   static void Press(const std::string& sWindow, const std::string& sKeys);
   /// Likewise in a box that the keys close: returns when it is gone.
   static void Answer(const std::string& sBox, const std::string& sKeys);
+  /// Minimises the window and waits until it is gone.
   static void Minimise();
   /// Closes the window, whose title says that there is no signal, and waits for the question.
   static void AskToClose();
@@ -61,7 +62,7 @@ class Desktop : public testing::Test {
   void Send(std::span<const std::byte> datagram) const;
   /// The reports that the driver has recorded.
   [[nodiscard]] std::vector<JoystickReport> Reports() const;
-  /// Whether datagrams to the port reach the driver.
+  /// Whether datagrams to the port reach the driver before long.
   [[nodiscard]] bool Listens() const;
 
   TemporaryFolder m_folder;

@@ -4,10 +4,9 @@
 // org.quillorbit.User is what the user does to the last notification: the notification service
 // sends its signal of the same name with the same arguments.
 //
-//   status_host [--without-items] [--markup] [--silent]
+//   status_host [--silent]
 //
-// With --without-items there is no tray service, and with --markup notifications are markup. With
-// --silent the services answer nothing except that the tray service is there.
+// With --silent the services answer nothing except that the tray service is there.
 
 #include <cstdio>
 
@@ -32,8 +31,6 @@ void Say(const QString& sName, const QDBusMessage& message) {
   std::fflush(stdout);
 }
 
-bool Has(const char* sSwitch) { return QCoreApplication::arguments().contains(sSwitch); }
-
 }  // namespace
 
 class StatusHost : public QDBusVirtualObject {
@@ -42,8 +39,8 @@ class StatusHost : public QDBusVirtualObject {
  public:
   [[nodiscard]] bool Start() {
     return m_bus.registerVirtualObject("/", this, QDBusConnection::SubPath) &&
-           (Has("--without-items") || m_bus.registerService(sWatcher)) &&
-           m_bus.registerService(sNotifications) && m_bus.registerService(sUser);
+           m_bus.registerService(sWatcher) && m_bus.registerService(sNotifications) &&
+           m_bus.registerService(sUser);
   }
 
   [[nodiscard]] QString introspect(const QString&) const override { return {}; }
@@ -52,8 +49,8 @@ class StatusHost : public QDBusVirtualObject {
     Say(call.member(), call);
     if (call.interface() == sUser) EndNotification(call);
     if (call.member() == "RegisterStatusNotifierItem") Host(call.arguments().value(0).toString());
-    const bool bAnswers = !Has("--silent") || call.member() == "Get";
-    return !bAnswers || m_bus.send(call.createReply(Reply(call)));
+    const bool bSilent = QCoreApplication::arguments().contains("--silent");
+    return (bSilent && call.member() != "Get") || m_bus.send(call.createReply(Reply(call)));
   }
 
  private slots:
@@ -63,8 +60,7 @@ class StatusHost : public QDBusVirtualObject {
  private:
   QVariantList Reply(const QDBusMessage& call) {
     if (call.member() == "Get") return {QVariant::fromValue(QDBusVariant(true))};
-    if (call.member() == "GetCapabilities")
-      return {QStringList{"actions", "body", Has("--markup") ? "body-markup" : "sound"}};
+    if (call.member() == "GetCapabilities") return {QStringList{"actions", "body"}};
     if (call.member() != "Notify") return {};
     const uint nReplaces = call.arguments().value(1).toUInt();
     m_nLast = nReplaces != 0 ? nReplaces : m_nLast + 1;

@@ -1,9 +1,7 @@
 #include "e2e/tray_desktop.h"
 
-#include <array>
 #include <chrono>
 #include <functional>
-#include <regex>
 #include <sstream>
 
 namespace quillorbit::test {
@@ -35,28 +33,15 @@ std::vector<ScreenWindow> Tooltips(bool bBalloons) {
 
 }  // namespace
 
-void PrintTo(Tray eTray, std::ostream* pStream) {
-  *pStream << std::array{"None", "Bus", "Docked", "Mixed"}.at(static_cast<std::size_t>(eTray));
-}
-
-void TrayDesktop::StartTray(Tray eTray) {
-  m_eTray = eTray;
-  if (eTray == Tray::Bus || eTray == Tray::Mixed) StartBus();
-  if (eTray == Tray::Bus) StartHost();
-  if (eTray == Tray::Mixed) StartHost({"--without-items"});
-  if (eTray == Tray::Docked || eTray == Tray::Mixed) StartTrayer();
-}
-
 void TrayDesktop::StartBus() {
   WriteFile(m_folder / "bus.conf",
             "<busconfig><type>session</type><auth>EXTERNAL</auth><listen>" + m_sBusAddress +
                 "</listen>"
                 "<policy context=\"default\"><allow send_destination=\"*\"/>"
                 "<allow receive_sender=\"*\"/><allow own=\"*\"/></policy></busconfig>");
-  m_bus = std::make_unique<ChildProcess>(
+  m_bus.reset(new ChildProcess(
       m_folder, "dbus-daemon",
-      std::vector<std::string>{"--config-file=" + (m_folder / "bus.conf").string(), "--nofork",
-                               "--print-address"});
+      {"--config-file=" + (m_folder / "bus.conf").string(), "--nofork", "--print-address"}));
   ASSERT_TRUE(Eventually([&] { return m_bus->Output().ends_with('\n'); })) << m_bus->Errors();
 }
 
@@ -66,10 +51,9 @@ void TrayDesktop::StartHost(const std::vector<std::string>& arguments) {
 }
 
 void TrayDesktop::StartTrayer() {
-  m_trayer = std::make_unique<ChildProcess>(
-      m_folder, "trayer",
-      std::vector<std::string>{"--edge", "bottom", "--align", "right", "--widthtype", "request",
-                               "--heighttype", "request"});
+  m_trayer.reset(new ChildProcess(m_folder, "trayer",
+                                  {"--edge", "bottom", "--align", "right", "--widthtype", "request",
+                                   "--heighttype", "request"}));
 }
 
 std::vector<std::string> TrayDesktop::Heard(const std::string& sName) const {
@@ -85,18 +69,18 @@ std::string TrayDesktop::LastHeard(const std::string& sName) const {
   return lines.empty() ? "" : lines.back();
 }
 
-std::string TrayDesktop::Call(const std::string& sService, const std::string& sCall) {
-  std::string sReply =
+void TrayDesktop::Call(const std::string& sService, const std::string& sCall) {
+  const std::string sReply =
       Command("dbus-send --session --print-reply --dest=" + sService + " " + sCall + " 2>&1");
   EXPECT_TRUE(sReply.starts_with("method return")) << sReply;
-  return sReply;
 }
 
-std::string TrayDesktop::CallItem(const std::string& sCall) const {
+void TrayDesktop::CallItem(const std::string& sMethod) const {
   const std::string sRegistered = LastHeard(sRegister);
   const std::size_t nQuote = sRegistered.find('"', 2);
-  EXPECT_NE(nQuote, std::string::npos) << sRegistered;
-  return Call(sRegistered.substr(2, nQuote - 2), sCall);  // behind ("
+  ASSERT_NE(nQuote, std::string::npos) << sRegistered;
+  Call(sRegistered.substr(2, nQuote - 2),  // behind ("
+       "/StatusNotifierItem org.kde.StatusNotifierItem." + sMethod + " int32:0 int32:0");
 }
 
 void TrayDesktop::EndNotification(const std::string& sSignal) {
@@ -148,10 +132,7 @@ std::string TrayDesktop::Tip() {
 }
 
 void TrayDesktop::ClickIcon() {
-  if (m_eTray == Tray::Bus) {
-    CallItem("/StatusNotifierItem org.kde.StatusNotifierItem.Activate int32:0 int32:0");
-    return;
-  }
+  if (m_eTray == Tray::Bus) return CallItem("Activate");
   const auto icon = DockedIcon();
   ASSERT_TRUE(icon);
   Mouse(*icon, 0, 3, "mousedown 1 sleep 0.3");
@@ -162,7 +143,7 @@ void TrayDesktop::ClickIcon() {
 void TrayDesktop::OpenMenu() {
   const auto icon = DockedIcon();
   if (m_eTray == Tray::Bus)
-    CallItem("/StatusNotifierItem org.kde.StatusNotifierItem.ContextMenu int32:0 int32:0");
+    CallItem("ContextMenu");
   else if (icon)
     Mouse(*icon, 0, 3, "click 3");
   ASSERT_TRUE(Eventually([] { return Menu().has_value(); }));
@@ -179,30 +160,11 @@ std::size_t TrayDesktop::Balloons() {
 }
 
 void TrayDesktop::EndBalloon(bool bClick) {
-  if (m_eTray != Tray::Docked)
+  if (m_eTray == Tray::Bus)
     return EndNotification(bClick ? "ActionInvoked string:default" : "NotificationClosed uint32:2");
   ASSERT_TRUE(Eventually([] { return !Tooltips(true).empty(); }));
   Mouse(Tooltips(true).front(), 0, 40, bClick ? "click 1" : "click 3");
   EXPECT_TRUE(Eventually([] { return Tooltips(true).empty(); }));
-}
-
-bool TrayDesktop::IsInFront() {
-  const auto windows = Find([](const ScreenWindow& window) {
-    return window.sType.empty() || window.sType == "_NET_WM_WINDOW_TYPE_NORMAL";
-  });
-  return !windows.empty() && std::regex_search(windows.back().sTitle, std::regex(sMainWindow)) &&
-         Command("xdotool getactivewindow 2>/dev/null") ==
-             std::to_string(windows.back().nId) + "\n";
-}
-
-void TrayDesktop::Hide(bool bClose) {
-  if (bClose) {
-    AskToClose();
-    Answer("^Quillorbit$", "Right Return");
-  } else {
-    Minimise();
-  }
-  ASSERT_TRUE(Eventually([] { return !HasWindow(sMainWindow); }));
 }
 
 }  // namespace quillorbit::test

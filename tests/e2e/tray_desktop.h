@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <ostream>
 #include <set>
 #include <string>
 #include <vector>
@@ -15,17 +14,13 @@ namespace quillorbit::test {
 
 /// Where the desktop shows the program's icon and its balloons.
 enum class Tray {
-  None,
+  Docked,  ///< in a tray that embeds windows
   Bus,     ///< both by a service on the session bus
-  Docked,  ///< in a tray that embeds windows; there is no session bus
-  Mixed,   ///< the icon in such a tray, the balloons by a service on the session bus
 };
-void PrintTo(Tray eTray, std::ostream* pStream);
 
 /// A desktop with a tray.
 class TrayDesktop : public Desktop {
  protected:
-  void StartTray(Tray eTray);
   void StartBus();
   /// Starts the services of status_host.cpp.
   void StartHost(const std::vector<std::string>& arguments = {});
@@ -35,8 +30,6 @@ class TrayDesktop : public Desktop {
   /// that name, or each value of that property.
   [[nodiscard]] std::vector<std::string> Heard(const std::string& sName) const;
   [[nodiscard]] std::string LastHeard(const std::string& sName) const;
-  /// Calls the item, or what is beside it, in the words of dbus-send; returns the reply.
-  std::string CallItem(const std::string& sCall) const;
   /// Has the user do something to the last notification, by a signal of the notification service.
   static void EndNotification(const std::string& sSignal);
 
@@ -59,17 +52,14 @@ class TrayDesktop : public Desktop {
   /// Clicks a balloon, or closes it.
   void EndBalloon(bool bClick);
 
-  /// Whether the main window is there, normal, active and above other programs' windows.
-  [[nodiscard]] static bool IsInFront();
-  /// Minimises the window, or closes it and answers No, and waits until it is gone.
-  void Hide(bool bClose);
-
-  Tray m_eTray = Tray::None;
+  Tray m_eTray = Tray::Docked;
   std::unique_ptr<ChildProcess> m_bus, m_host, m_trayer;
 
  private:
-  /// Calls a method in the words of dbus-send and returns the reply.
-  static std::string Call(const std::string& sService, const std::string& sCall);
+  /// Calls a method of the item for a place on the screen.
+  void CallItem(const std::string& sMethod) const;
+  /// Calls a method in the words of dbus-send.
+  static void Call(const std::string& sService, const std::string& sCall);
   /// Moves the mouse to a place of a window, from its middle and its bottom, and goes on.
   static void Mouse(const ScreenWindow& window, int x, int nFromBottom, const std::string& sThen);
 

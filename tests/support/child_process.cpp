@@ -46,7 +46,7 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 ChildProcess::ChildProcess(const TemporaryFolder& folder, const std::string& sProgram,
-                           const std::vector<std::string>& arguments, int standardOutput) {
+                           const std::vector<std::string>& arguments) {
   static int nChildren = 0;
   const std::string sNumber = std::to_string(++nChildren);
   m_output = folder / ("output" + sNumber);
@@ -59,8 +59,7 @@ ChildProcess::ChildProcess(const TemporaryFolder& folder, const std::string& sPr
   if (m_pid < 0) throw std::runtime_error("fork");
   if (m_pid > 0) return;
   constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC;
-  if (standardOutput < 0) standardOutput = open(m_output.c_str(), flags, 0600);
-  dup2(standardOutput, STDOUT_FILENO);
+  dup2(open(m_output.c_str(), flags, 0600), STDOUT_FILENO);
   dup2(open(m_errors.c_str(), flags, 0600), STDERR_FILENO);
   setenv("XDG_RUNTIME_DIR", folder.Path().c_str(), 1);
   execvp(sProgram.c_str(), const_cast<char* const*>(argv.data()));

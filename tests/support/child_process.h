@@ -39,12 +39,12 @@ class TemporaryFolder {
   std::filesystem::path m_folder;
 };
 
-/// A program under test. Its standard output and error go to files in its folder; the output goes
-/// to the given descriptor instead, if there is one. Destroying this kills the program.
+/// A program under test. Its standard output and error go to files in its folder. Destroying this
+/// kills the program.
 class ChildProcess {
  public:
   ChildProcess(const TemporaryFolder& folder, const std::string& sProgram,
-               const std::vector<std::string>& arguments, int standardOutput = -1);
+               const std::vector<std::string>& arguments);
   ChildProcess(ChildProcess&&) = delete;
   ~ChildProcess();
 
