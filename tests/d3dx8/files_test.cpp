@@ -38,7 +38,8 @@ QImage Gradient() {
 /// Cuts or changes some of the bytes, often those at the beginning.
 std::string Damaged(std::string bytes, std::mt19937& random) {
   for (int i = 0; i < 3 && !bytes.empty(); ++i) {
-    const std::size_t nAt = random() % (random() % 2 == 0 ? 64 : 1U << 20) % bytes.size();
+    const unsigned nRange = random() % 2 == 0 ? 64 : 1U << 20;
+    const std::size_t nAt = random() % nRange % bytes.size();
     if (random() % 10 == 0)
       bytes.resize(nAt);
     else
@@ -153,10 +154,9 @@ TEST_F(Textures, AndModelsComeFromDamagedFilesOrAnErrorDoes) {
     seeds.push_back(Encode(image.scaled(20, 12), sFormat));
   log.Mute(true);
   std::mt19937 random(8);
-  for (const std::string& sSeed : seeds) {
-    constexpr int nRounds = 1500;
-    int nRead = 0;
-    for (int i = 0; i < nRounds; ++i) try {
+  int nRead = 0, nRefused = 0;
+  for (const std::string& sSeed : seeds)
+    for (int i = 0; i < 1500; ++i) try {
         std::filesystem::remove(folder / "damaged");  // some disks are slow to replace a file
         Write("damaged", Damaged(sSeed, random));
         std::shared_ptr<platform::D3DXBuffer> materials;
@@ -167,11 +167,12 @@ TEST_F(Textures, AndModelsComeFromDamagedFilesOrAnErrorDoes) {
           (void)Load("damaged", 7, 0, 0);
         ++nRead;
       } catch (const platform::D3DError& e) {
+        ++nRefused;
         ASSERT_EQ(sReport, e.what());
         ASSERT_TRUE(sReport.starts_with((folder / "damaged: ").string())) << sReport;
       }
-    EXPECT_TRUE(nRead > 0 && nRead < nRounds) << sSeed.substr(0, 16);
-  }
+  EXPECT_GT(nRead, 500);
+  EXPECT_GT(nRefused, 500);
 }
 
 }  // namespace

@@ -60,7 +60,7 @@ class StatusHost : public QDBusVirtualObject {
  private:
   QVariantList Reply(const QDBusMessage& call) {
     if (call.member() == "Get") return {QVariant::fromValue(QDBusVariant(true))};
-    if (call.member() == "GetCapabilities") return {QStringList{"actions", "body"}};
+    if (call.member() == "GetCapabilities") return {QStringList{"actions", "body-markup"}};
     if (call.member() != "Notify") return {};
     const uint nReplaces = call.arguments().value(1).toUInt();
     m_nLast = nReplaces != 0 ? nReplaces : m_nLast + 1;

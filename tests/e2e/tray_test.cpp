@@ -121,6 +121,18 @@ TEST_F(TrayTest, SilentServicesGiveWayToATrayThatEmbeds) {
   EXPECT_TRUE(Eventually([&] { return Balloons() > Heard("Notify").size(); }));  // beside the icon
 }
 
+TEST_F(TrayTest, TextsOfTheProfileReachTheDesktop) {
+  WriteProfile("<quillorbit_profile><port>" + std::to_string(m_nPort) +
+               "</port><msg6>&lt;b&gt;Kein&lt;/b&gt; Signal &amp; so</msg6></quillorbit_profile>");
+  m_eTray = Tray::Bus;
+  StartBus();
+  StartHost();
+  StartAll();
+  ASSERT_TRUE(BalloonsBecome(1));
+  EXPECT_THAT(LastHeard("Notify"), HasSubstr("\"&lt;b&gt;Kein&lt;/b&gt; Signal &amp; so\""));
+  EXPECT_THAT(LastHeard("ToolTip"), HasSubstr("\"Quillorbit - <b>Kein</b> Signal & so\""));
+}
+
 TEST_F(TrayTest, BusThatNeverAnswersOrEndsIsAsGoodAsNone) {
   StartBus();
   StartHost();
