@@ -19,7 +19,7 @@ namespace {
 using platform::D3DError;
 
 constexpr std::uint64_t nMostSide = 4096;  // pixels
-constexpr std::uint64_t nLeastPixels = 128 * 128;
+constexpr std::uint64_t nLeastPixels = std::uint64_t{128} * 128;
 constexpr std::size_t nDecoderBytes = 64 << 10;  // above what the decoder needs for itself
 
 [[noreturn]] void Refuse(const std::string& sWhy) {
@@ -48,7 +48,7 @@ void Admit(std::string_view bytes, ImageBudget& budget) {
 
   const bool bTwice =
       IsProgressiveJpeg(bytes) || stbi_is_16_bit_from_memory(pBytes, nFileBytes) != 0;
-  const unsigned nTimes = bTwice ? 2 : 1;
+  const std::uint64_t nTimes = bTwice ? 2 : 1;
   const std::uint64_t nPixels = std::max(nWidth * nHeight * nTimes, nLeastPixels);
   if (nPixels > budget.nPixels) Refuse("the model's images have more than 16777216 pixels in all");
   budget.nPixels -= nPixels;

@@ -18,7 +18,7 @@ struct Image {
 struct ImageBudget {
   /// Pixels, as many as one image of the largest size has. Those of progressive JPEG files and with
   /// 16 bits a channel count twice, and a small image counts as one of 128 x 128 pixels.
-  std::uint64_t nPixels = 4096 * 4096;
+  std::uint64_t nPixels = std::uint64_t{4096} * 4096;
   std::uint64_t nFileBytes = 64 << 20;
 };
 
