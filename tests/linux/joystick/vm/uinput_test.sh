@@ -6,28 +6,30 @@
 # busybox and QEMU are downloaded once and not installed. Exit status 77: they cannot be had here.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
-cache=${XDG_CACHE_HOME:-$HOME/.cache}/quillorbit-vm
+cache=${XDG_CACHE_HOME:-$HOME/.cache}/quillorbit/uinput-vm
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 # apt-get without its locks and its own user: it writes below the cache alone.
 apt_get() { apt-get -qq -o Debug::NoLocking=1 -o APT::Sandbox::User="$(id -un)" "$@"; }
 
-# Fills a folder with vmlinux, uinput.ko, evdev.ko, busybox, and QEMU below root/.
+# Fills a folder with vmlinux, uinput.ko, evdev.ko, busybox, and the unpacked packages, QEMU among
+# them.
 fill_cache() {
-  local kernel deb start
+  local kernel deb image start
   apt_get update || true  # the package lists may be missing or old
   kernel=$(apt-cache depends linux-image-amd64 |
     awk '/Depends: linux-image-[0-9]/ { print $2; exit }')
-  mkdir -p "$1/debs/partial" "$1/root"
+  mkdir -p "$1/debs/partial" "$1/unpacked"
   apt_get -y --no-install-recommends --reinstall --download-only \
     -o Dir::Cache::archives="$1/debs" install busybox-static qemu-system-x86 "${kernel:?}"
-  for deb in "$1"/debs/*.deb; do dpkg-deb -x "$deb" "$1/root"; done
+  for deb in "$1"/debs/*.deb; do dpkg-deb -x "$deb" "$1/unpacked"; done
   # Unpacking the kernel's xz stream here spares the emulated machine more than ten seconds.
-  start=$(LC_ALL=C grep -aboP '\xFD7zXZ\x00' "$1"/root/boot/vmlinuz-* | head -n 1 | cut -d : -f 1)
-  xz -dc --single-stream < <(tail -c "+$((start + 1))" "$1"/root/boot/vmlinuz-*) >"$1/vmlinux"
-  find "$1/root" \( -path '*/bin/busybox' -o -name uinput.ko -o -name evdev.ko \) -exec mv {} "$1" \;
-  rm -r "$1/debs" "$1"/root/{boot,lib/modules}
+  image=$(echo "$1"/unpacked/boot/vmlinuz-*)
+  start=$(LC_ALL=C grep -aboP '\xFD7zXZ\x00' "$image" | head -n 1 | cut -d : -f 1)
+  xz -dc --single-stream < <(tail -c "+$((start + 1))" "$image") >"$1/vmlinux"
+  find "$1/unpacked" \( -path '*/bin/busybox' -o -name uinput.ko -o -name evdev.ko \) -exec mv {} "$1" \;
+  rm -r "$1/debs" "$1"/unpacked/{boot,lib/modules}
 }
 
 mkdir -p "${cache%/*}"
@@ -55,10 +57,10 @@ cp "$1" "$root/uinput_readback"
 ldd "$1" | grep -oE '/[^ ]+' | xargs cp -L --parents -t "$root"
 (cd "$root" && find . | bin/busybox cpio -o -H newc -R 0:0 2>/dev/null) >"$work/initramfs"
 
-lib=$cache/root/usr/lib/x86_64-linux-gnu
-share=$cache/root/usr/share
-LD_LIBRARY_PATH=$lib:$cache/root/lib/x86_64-linux-gnu timeout 200 \
-  "$cache/root/usr/bin/qemu-system-x86_64" -L "$share/qemu" -L "$share/seabios" \
+lib=$cache/unpacked/usr/lib/x86_64-linux-gnu
+share=$cache/unpacked/usr/share
+LD_LIBRARY_PATH=$lib:$cache/unpacked/lib/x86_64-linux-gnu timeout 200 \
+  "$cache/unpacked/usr/bin/qemu-system-x86_64" -L "$share/qemu" -L "$share/seabios" \
   -nodefaults -no-reboot -display none -accel tcg -cpu max -m 1024 \
   -kernel "$cache/vmlinux" -initrd "$work/initramfs" \
   -append "console=ttyS0 panic=-1 mitigations=off cryptomgr.notests=1 random.trust_cpu=on" \
