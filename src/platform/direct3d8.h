@@ -110,20 +110,24 @@ using D3DCOLOR = std::uint32_t;
 
 struct D3DCOLORVALUE {
   float r, g, b, a;
+  bool operator==(const D3DCOLORVALUE&) const = default;
 };
 
 struct D3DVECTOR {
   float x, y, z;
+  bool operator==(const D3DVECTOR&) const = default;
 };
 
 /// Row by row; points are row vectors, multiplied from the left.
 struct D3DMATRIX {
   std::array<std::array<float, 4>, 4> m;
+  bool operator==(const D3DMATRIX&) const = default;
 };
 
 struct D3DMATERIAL8 {
   D3DCOLORVALUE Diffuse, Ambient, Specular, Emissive;
   float Power;
+  bool operator==(const D3DMATERIAL8&) const = default;
 };
 
 struct D3DLIGHT8 {
@@ -131,6 +135,7 @@ struct D3DLIGHT8 {
   D3DCOLORVALUE Diffuse, Specular, Ambient;
   D3DVECTOR Position, Direction;
   float Range, Falloff, Attenuation0, Attenuation1, Attenuation2, Theta, Phi;
+  bool operator==(const D3DLIGHT8&) const = default;
 };
 
 struct D3DDISPLAYMODE {
@@ -150,6 +155,7 @@ struct D3DPRESENT_PARAMETERS {
 
 struct RECT {
   std::int32_t left, top, right, bottom;
+  bool operator==(const RECT&) const = default;
 };
 
 struct D3DLOCKED_RECT {

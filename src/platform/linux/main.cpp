@@ -1,8 +1,13 @@
 // The program on Linux: the one place that chooses this adapter.
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
+
+#include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include "app/frmMain.h"
 #include "platform/linux/desktop/top_level_windows.h"
@@ -10,6 +15,7 @@
 #include "platform/linux/joystick/device.h"
 #include "platform/linux/network/udp_socket.h"
 #include "platform/linux/process/code_page.h"
+#include "platform/linux/process/end_at_once.h"
 #include "platform/linux/process/process.h"
 #include "platform/linux/process/resources.h"
 #include "platform/linux/profile/xml_document.h"
@@ -17,9 +23,24 @@
 #include "platform/linux/tray/toolkit_bus.h"
 #include "platform/linux/window/fonts.h"
 #include "platform/linux/window/toolkit.h"
+#include "platform/presentation/drawing_thread.h"
+
+namespace {
+
+/// Each drawing thread begins with this. What serves the joystick goes before it.
+void StepBack() {
+  sigset_t all;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, nullptr);
+  pthread_setname_np(pthread_self(), "drawing");
+  setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 10);  // of the thread alone, see nice(2)
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   using namespace quillorbit;
+  int nStatus = 1;
   try {
     linux_adapter::LinuxProcess process(argc, argv);  // before the toolkit takes its arguments out
     linux_adapter::LinuxResources resources;
@@ -29,6 +50,10 @@ int main(int argc, char** argv) {
     // The driver loads beside the steps that follow. Earlier, the toolkit's libraries would have to
     // wait for the driver's.
     const auto contexts = std::make_shared<linux_adapter::GlContexts>();
+    linux_adapter::LinuxFonts fonts([] { return qApp->devicePixelRatio(); });
+    // Ended when all else is done: a driver that hangs ends the process.
+    presentation::DrawingThreads drawingThreads(&StepBack,
+                                                [&] { linux_adapter::EndAtOnce(nStatus); });
     linux_adapter::LinuxShell shell(toolkit, resources, sBusAddress);
     linux_adapter::LinuxTopLevelWindows windows(
         [&toolkit](auto... icon) { toolkit.SetIcon(icon...); });
@@ -36,16 +61,15 @@ int main(int argc, char** argv) {
     linux_adapter::LinuxDevice device;
     linux_adapter::LinuxXmlLibrary xml;
     linux_adapter::LinuxCodePage codePage;
-    linux_adapter::LinuxFonts fonts([] { return qApp->devicePixelRatio(); });
-    linux_adapter::LinuxDX8VB dx8vb(fonts, contexts);
+    linux_adapter::LinuxDX8VB dx8vb(fonts, contexts, drawingThreads);
     platform::Platform platform{toolkit, shell,     windows,  udpSockets, device, xml,
                                 process, resources, codePage, fonts,      dx8vb};
 
     frmMain main(platform);
     main.Form_Load();
-    return toolkit.Run();
+    nStatus = toolkit.Run();
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "quillorbit: %s\n", failure.what());
-    return 1;
   }
+  return nStatus;
 }

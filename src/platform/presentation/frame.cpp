@@ -1,6 +1,9 @@
 #include "platform/presentation/frame.h"
 
+#include <algorithm>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 
 namespace quillorbit::presentation {
 namespace {
@@ -27,50 +30,114 @@ struct MakeState {
 };
 
 struct Draw {
-  IDirect3DDevice8& device;
-  const std::vector<std::byte>& vertices;
+  Target& target;
+  const Frame& frame;
 
   void operator()(const ClearTarget& c) const {
-    device.Clear(0, nullptr, c.Flags, c.Color, c.Z, c.Stencil);
+    target.device->Clear(0, nullptr, c.Flags, c.Color, c.Z, c.Stencil);
   }
-  void operator()(const SceneBegin&) const { device.BeginScene(); }
-  void operator()(const SceneEnd&) const { device.EndScene(); }
+  void operator()(const SceneBegin&) const { target.device->BeginScene(); }
+  void operator()(const SceneEnd&) const { target.device->EndScene(); }
   void operator()(const IndexedPrimitive& c) const {
-    device.DrawIndexedPrimitive(c.Type, c.MinIndex, c.NumVertices, c.StartIndex, c.Count);
+    target.device->DrawIndexedPrimitive(c.Type, c.MinIndex, c.NumVertices, c.StartIndex, c.Count);
   }
   void operator()(const UserPrimitive& c) const {
-    device.DrawPrimitiveUP(c.Type, c.Count, vertices.data() + c.nFirstByte, c.Stride);
+    target.device->DrawPrimitiveUP(c.Type, c.Count, frame.vertices.data() + c.nFirstByte, c.Stride);
+  }
+  void operator()(const Text& c) const {
+    auto& font = target.fonts[c.Font];
+    if (!font) font = c.Font->library->CreateFont(target.device, c.Font->hFont);
+    const auto sText = std::string_view(frame.texts).substr(c.nFirstByte, c.nBytes);
+    c.Font->library->DrawText(font, c.Color, sText, c.Rect, c.Format);
   }
 };
+
+template <class T>
+constexpr bool isState = std::is_invocable_v<MakeState, const T&>;
+
+/// What a state call sets, among the calls of its kind.
+struct Key {
+  std::uint64_t operator()(const RenderState& c) const { return c.State; }
+  std::uint64_t operator()(const StageState& c) const {
+    return std::uint64_t{c.Stage} << 32 | c.Type;
+  }
+  std::uint64_t operator()(const Transform& c) const { return c.State; }
+  std::uint64_t operator()(const LightRecord& c) const { return c.Index; }
+  std::uint64_t operator()(const LightSwitch& c) const { return c.Index; }
+  std::uint64_t operator()(const StageTexture& c) const { return c.Stage; }
+  std::uint64_t operator()(const StreamSource& c) const { return c.StreamNumber; }
+  template <class Other>
+  std::uint64_t operator()(const Other&) const {
+    return 0;
+  }
+};
+
+void Set(std::vector<Call>& states, const Call& call) {
+  const auto setsTheSame = [&](const Call& other) {
+    return other.index() == call.index() && std::visit(Key{}, other) == std::visit(Key{}, call);
+  };
+  const auto known = std::ranges::find_if(states, setsTheSame);
+  if (known == states.end())
+    states.push_back(call);
+  else
+    *known = call;
+}
+
+/// Keeps the states that a call leaves behind it.
+void KeepStates(std::vector<Call>& states, const Call& call) {
+  std::visit(
+      [&]<class T>(const T&) {
+        if constexpr (isState<T>) Set(states, call);
+        if constexpr (std::is_same_v<T, UserPrimitive> || std::is_same_v<T, Text>)
+          Set(states, StreamSource{0, nullptr, 0});
+        if constexpr (std::is_same_v<T, Text>) Set(states, StageTexture{0, nullptr});
+      },
+      call);
+}
 
 }  // namespace
 
 void Frame::Empty() {
+  states.clear();
   calls.clear();
   vertices.clear();
+  texts.clear();
 }
 
-void Frame::Make(IDirect3DDevice8& device) const {
+void Frame::Skip() {
+  for (const Call& call : calls) KeepStates(states, call);
+  calls.clear();
+  vertices.clear();
+  texts.clear();
+}
+
+void Frame::Replace(Frame& skipped) {
+  skipped.Skip();
+  for (const Call& call : states) Set(skipped.states, call);
+  states.swap(skipped.states);
+  skipped.Empty();
+}
+
+void Frame::Make(Target& target) const {
+  for (const Call& call : states) SetState(*target.device, call);
   for (const Call& call : calls) {
     std::visit(
-        [&](const auto& c) {
-          if constexpr (std::is_invocable_v<MakeState, decltype(c)>)
-            MakeState{device}(c);
+        [&]<class T>(const T& c) {
+          if constexpr (isState<T>)
+            MakeState{*target.device}(c);
           else
-            Draw{device, vertices}(c);
+            Draw{target, *this}(c);
         },
         call);
   }
 }
 
-void Frame::MakeStates(IDirect3DDevice8& device) const {
-  for (const Call& call : calls) {
-    std::visit(
-        [&](const auto& c) {
-          if constexpr (std::is_invocable_v<MakeState, decltype(c)>) MakeState{device}(c);
-        },
-        call);
-  }
+void SetState(IDirect3DDevice8& device, const Call& call) {
+  std::visit(
+      [&]<class T>(const T& c) {
+        if constexpr (isState<T>) MakeState{device}(c);
+      },
+      call);
 }
 
 }  // namespace quillorbit::presentation

@@ -1,130 +1,144 @@
 #include "platform/presentation/newest_frame.h"
 
-#include <algorithm>
+#include <array>
 #include <exception>
 #include <utility>
 
 namespace quillorbit::presentation {
 namespace {
 
-using namespace std::chrono_literals;
+using platform::D3DERR_INVALIDCALL;
+using platform::D3DError;
 using platform::IDirect3DDevice8;
 
-constexpr auto period = 16ms;  // of a display of 60 Hz
-/// How much too early a frame may come and yet be drawn at once: a phone's 60 datagrams a second do
-/// not arrive evenly. The next frame is due that much later.
-constexpr auto tolerance = 8ms;
+// All that the seam knows; a device may know fewer.
+constexpr std::array renderStates = {
+    platform::D3DRS_ZENABLE,          platform::D3DRS_SRCBLEND, platform::D3DRS_DESTBLEND,
+    platform::D3DRS_CULLMODE,         platform::D3DRS_LIGHTING, platform::D3DRS_AMBIENT,
+    platform::D3DRS_ALPHABLENDENABLE,
+};
+constexpr std::array stageStates = {platform::D3DTSS_COLOROP, platform::D3DTSS_ALPHAOP,
+                                    platform::D3DTSS_MAGFILTER, platform::D3DTSS_MINFILTER,
+                                    platform::D3DTSS_MIPFILTER};
 
 std::size_t VertexCount(platform::D3DPRIMITIVETYPE eType, std::uint32_t nPrimitives) {
   return eType == platform::D3DPT_TRIANGLESTRIP ? std::size_t{nPrimitives} + 2
                                                 : std::size_t{nPrimitives} * 3;
 }
 
-}  // namespace
-
-NewestFrameDevice::NewestFrameDevice(std::shared_ptr<IDirect3DDevice8> device, FrameDisplay display)
-    : m_device(std::move(device)), m_display(std::move(display)) {
-  m_display.timer->Tick = [this] { ShowKeptFrame(); };
+/// The value of a state that the device behind knows.
+template <class Map>
+auto& Known(Map& values, const typename std::remove_const_t<Map>::key_type& eState) {
+  const auto found = values.find(eState);
+  if (found == values.end()) throw D3DError(D3DERR_INVALIDCALL, "unknown state");
+  return found->second;
 }
 
-std::int32_t NewestFrameDevice::TestCooperativeLevel() { return m_device->TestCooperativeLevel(); }
+}  // namespace
+
+NewestFrameDevice::NewestFrameDevice(std::shared_ptr<IDirect3DDevice8> device,
+                                     DrawingThreads& threads, std::function<bool()> seen)
+    : m_thread(std::make_shared<DrawingThread>(device)),
+      m_device(device),
+      m_threads(threads),
+      m_seen(std::move(seen)) {}
+
+NewestFrameDevice::~NewestFrameDevice() { m_thread->End(); }
+
+std::shared_ptr<IDirect3DDevice8> NewestFrameDevice::Behind() const {
+  auto device = m_device.lock();
+  if (!device) throw D3DError(platform::D3DERR_DEVICELOST, "the program ends");
+  return device;
+}
+
+void NewestFrameDevice::ShowAgain() {
+  if (m_bStarted) m_thread->ShowAgain(m_seen());
+}
+
+std::int32_t NewestFrameDevice::TestCooperativeLevel() { return m_thread->CooperativeLevel(); }
 
 std::shared_ptr<platform::IDirect3DTexture8> NewestFrameDevice::CreateTexture(
     std::uint32_t Width, std::uint32_t Height, std::uint32_t Levels, std::uint32_t Usage,
     platform::D3DFORMAT Format, platform::D3DPOOL Pool) {
-  return m_device->CreateTexture(Width, Height, Levels, Usage, Format, Pool);
+  return Behind()->CreateTexture(Width, Height, Levels, Usage, Format, Pool);
 }
 
 std::shared_ptr<platform::IDirect3DVertexBuffer8> NewestFrameDevice::CreateVertexBuffer(
     std::uint32_t Length, std::uint32_t Usage, std::uint32_t FVF, platform::D3DPOOL Pool) {
-  return m_device->CreateVertexBuffer(Length, Usage, FVF, Pool);
+  return Behind()->CreateVertexBuffer(Length, Usage, FVF, Pool);
 }
 
 std::shared_ptr<platform::IDirect3DIndexBuffer8> NewestFrameDevice::CreateIndexBuffer(
     std::uint32_t Length, std::uint32_t Usage, platform::D3DFORMAT Format, platform::D3DPOOL Pool) {
-  return m_device->CreateIndexBuffer(Length, Usage, Format, Pool);
-}
-
-/// The kept call that last set a state; null when none does.
-template <class State, class Matches>
-const State* NewestFrameDevice::LastSet(Matches matches) const {
-  for (const Frame* pFrame : {&m_building, &m_kept}) {
-    for (auto call = pFrame->calls.rbegin(); call != pFrame->calls.rend(); ++call) {
-      const State* const pState = std::get_if<State>(&*call);
-      if (pState != nullptr && matches(*pState)) return pState;
-    }
-  }
-  return nullptr;
+  return Behind()->CreateIndexBuffer(Length, Usage, Format, Pool);
 }
 
 std::uint32_t NewestFrameDevice::GetRenderState(platform::D3DRENDERSTATETYPE State) const {
-  const auto* pSet = LastSet<RenderState>([&](const RenderState& s) { return s.State == State; });
-  return pSet == nullptr ? m_device->GetRenderState(State) : pSet->Value;
+  return m_bRecording ? Known(m_renderStates, State) : Behind()->GetRenderState(State);
 }
 
 std::uint32_t NewestFrameDevice::GetTextureStageState(
     std::uint32_t Stage, platform::D3DTEXTURESTAGESTATETYPE Type) const {
-  const auto* pSet =
-      LastSet<StageState>([&](const StageState& s) { return s.Stage == Stage && s.Type == Type; });
-  return pSet == nullptr ? m_device->GetTextureStageState(Stage, Type) : pSet->Value;
+  if (!m_bRecording) return Behind()->GetTextureStageState(Stage, Type);
+  if (Stage != 0) throw D3DError(D3DERR_INVALIDCALL, "there is one texture stage");
+  return Known(m_stage0, Type);
 }
 
 void NewestFrameDevice::SetRenderState(platform::D3DRENDERSTATETYPE State, std::uint32_t Value) {
-  m_building.calls.emplace_back(RenderState{State, Value});
+  if (m_bRecording) Known(m_renderStates, State) = Value;
+  Set(RenderState{State, Value});
 }
 
 void NewestFrameDevice::SetTextureStageState(std::uint32_t Stage,
                                              platform::D3DTEXTURESTAGESTATETYPE Type,
                                              std::uint32_t Value) {
-  m_building.calls.emplace_back(StageState{Stage, Type, Value});
+  if (m_bRecording) {
+    static_cast<void>(GetTextureStageState(Stage, Type));
+    m_stage0[Type] = Value;
+  }
+  Set(StageState{Stage, Type, Value});
 }
 
 void NewestFrameDevice::SetTransform(platform::D3DTRANSFORMSTATETYPE State,
                                      const platform::D3DMATRIX& Matrix) {
-  m_building.calls.emplace_back(Transform{State, Matrix});
+  Set(Transform{State, Matrix});
 }
 
-void NewestFrameDevice::SetMaterial(const platform::D3DMATERIAL8& Material) {
-  m_building.calls.emplace_back(Material);
-}
+void NewestFrameDevice::SetMaterial(const platform::D3DMATERIAL8& Material) { Set(Material); }
 
 void NewestFrameDevice::SetLight(std::uint32_t Index, const platform::D3DLIGHT8& Light) {
-  m_building.calls.emplace_back(LightRecord{Index, Light});
+  Set(LightRecord{Index, Light});
 }
 
 void NewestFrameDevice::LightEnable(std::uint32_t Index, bool Enable) {
-  m_building.calls.emplace_back(LightSwitch{Index, Enable});
+  Set(LightSwitch{Index, Enable});
 }
 
 void NewestFrameDevice::SetTexture(std::uint32_t Stage,
                                    const std::shared_ptr<platform::IDirect3DTexture8>& Texture) {
-  m_building.calls.emplace_back(StageTexture{Stage, Texture});
+  Set(StageTexture{Stage, Texture});
 }
 
-void NewestFrameDevice::SetVertexShader(std::uint32_t FVF) {
-  m_building.calls.emplace_back(VertexShader{FVF});
-}
+void NewestFrameDevice::SetVertexShader(std::uint32_t FVF) { Set(VertexShader{FVF}); }
 
 void NewestFrameDevice::SetStreamSource(
     std::uint32_t StreamNumber, const std::shared_ptr<platform::IDirect3DVertexBuffer8>& StreamData,
     std::uint32_t Stride) {
-  m_building.calls.emplace_back(StreamSource{StreamNumber, StreamData, Stride});
+  Set(StreamSource{StreamNumber, StreamData, Stride});
 }
 
 void NewestFrameDevice::SetIndices(
     const std::shared_ptr<platform::IDirect3DIndexBuffer8>& IndexData,
     std::uint32_t BaseVertexIndex) {
-  m_building.calls.emplace_back(Indices{IndexData, BaseVertexIndex});
+  Set(Indices{IndexData, BaseVertexIndex});
 }
 
 void NewestFrameDevice::Clear(std::uint32_t Count, const platform::RECT* /*pRects*/,
                               std::uint32_t Flags, platform::D3DCOLOR Color, float Z,
                               std::uint32_t Stencil) {
-  if (Count != 0)
-    throw platform::D3DError(platform::D3DERR_INVALIDCALL, "only the whole target can be cleared");
-  // Whatever was drawn before cannot be seen any more.
-  Forget(m_kept);
-  Forget(m_building);
+  if (Count != 0) throw D3DError(D3DERR_INVALIDCALL, "only the whole target can be cleared");
+  if (!std::exchange(m_bRecording, true)) ReadStates();
+  m_building.Skip();  // whatever was drawn before cannot be seen any more
   m_building.calls.emplace_back(ClearTarget{Flags, Color, Z, Stencil});
 }
 
@@ -153,54 +167,46 @@ void NewestFrameDevice::DrawPrimitiveUP(platform::D3DPRIMITIVETYPE PrimitiveType
       UserPrimitive{PrimitiveType, PrimitiveCount, nFirstByte, VertexStreamZeroStride});
 }
 
+void NewestFrameDevice::DrawText(const std::shared_ptr<const FontSource>& font,
+                                 platform::D3DCOLOR Color, std::string_view sText,
+                                 const platform::RECT& Rect, std::uint32_t Format) {
+  m_building.calls.emplace_back(
+      Text{font, Color, m_building.texts.size(), sText.size(), Rect, Format});
+  m_building.texts += sText;
+}
+
 void NewestFrameDevice::Present(const platform::RECT* /*pSourceRect*/,
                                 const platform::RECT* /*pDestRect*/,
                                 platform::WindowHandle /*hDestWindowOverride*/,
                                 const void* /*pDirtyRegion*/) {
-  if (!m_kept.calls.empty()) ShowNow();  // this frame goes on from where that one ended
-  std::swap(m_building, m_kept);
-  if (!m_display.visible()) return;
-  if (IsDue())
-    ShowNow();
+  if (m_building.calls.empty() || !std::holds_alternative<ClearTarget>(m_building.calls.front()))
+    throw D3DError(D3DERR_INVALIDCALL, "a frame begins with a Clear");
+  if (!m_bStarted) m_threads.Start(m_thread);
+  m_bStarted = true;
+  m_thread->Draw(m_building, m_seen());
+}
+
+/// As they are when the device behind is handed over.
+void NewestFrameDevice::ReadStates() {
+  const auto device = Behind();
+  const auto read = [](auto& values, auto eState, auto get) {
+    try {
+      values[eState] = get(eState);
+    } catch (const std::exception&) {
+      values.erase(eState);
+    }
+  };
+  for (const auto eState : renderStates)
+    read(m_renderStates, eState, [&](auto e) { return device->GetRenderState(e); });
+  for (const auto eType : stageStates)
+    read(m_stage0, eType, [&](auto e) { return device->GetTextureStageState(0, e); });
+}
+
+void NewestFrameDevice::Set(const Call& state) {
+  if (m_bRecording)
+    m_building.calls.push_back(state);
   else
-    Wait();
-}
-
-void NewestFrameDevice::ShowKeptFrame() noexcept {
-  m_display.timer->Enabled(false);
-  if (m_kept.calls.empty() || !m_display.visible()) return;
-  try {
-    ShowNow();
-  } catch (const std::exception&) {
-    // There is no caller left to report it to.
-  }
-}
-
-bool NewestFrameDevice::IsDue() const { return m_display.now() >= m_due - tolerance; }
-
-void NewestFrameDevice::Wait() {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_due - m_display.now());
-  m_display.timer->Interval(std::max(1, static_cast<int>(left.count())));
-  m_display.timer->Enabled(true);
-}
-
-void NewestFrameDevice::ShowNow() {
-  m_display.timer->Enabled(false);
-  m_due = std::max(m_due, m_display.now()) + period;
-  try {
-    m_kept.Make(*m_device);
-    m_device->Present(nullptr, nullptr, 0, nullptr);
-  } catch (...) {
-    m_kept.Empty();
-    throw;
-  }
-  m_kept.Empty();
-}
-
-/// Discards what a frame draws; its states are set all the same.
-void NewestFrameDevice::Forget(Frame& frame) {
-  frame.MakeStates(*m_device);
-  frame.Empty();
+    SetState(*Behind(), state);
 }
 
 }  // namespace quillorbit::presentation

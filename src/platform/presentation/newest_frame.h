@@ -1,35 +1,40 @@
 #pragma once
 
-#include <chrono>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
+#include <string_view>
 
+#include "platform/presentation/drawing_thread.h"
 #include "platform/presentation/frame.h"
-#include "platform/timer.h"
 
 namespace quillorbit::presentation {
 
-/// What the newest-frame device needs from the surface on which its frames are shown.
-struct FrameDisplay {
-  std::function<bool()> visible;
-  std::function<std::chrono::steady_clock::time_point()> now;
-  std::unique_ptr<platform::Timer> timer;  ///< the device's own
-};
-
-/// A device that draws no more frames than the display can show. It keeps the calls of a frame
-/// until Present. Up to about 60 frames a second, Present draws and shows the frame before it
-/// returns. When frames come faster it keeps the newest and shows that as soon as the display can
-/// take it; likewise while the surface is not visible, until ShowKeptFrame. A frame that a newer
-/// one replaces costs next to nothing: only its states reach the device behind.
+/// A device that makes nobody wait for a picture. It keeps the calls of a frame until Present,
+/// which hands them over to a thread that draws with the device behind. That draws only the newest,
+/// no more often than the display can show it; likewise when a surface that was not visible comes
+/// into sight again. Of a frame that a newer one replaces, only the states reach the device behind.
 ///
-/// A frame begins with a Clear of the whole target. A call's failure comes out of Present; that of
-/// a frame shown later is lost, and the next TestCooperativeLevel reports the device's state.
+/// Until the first Clear everything goes to the device behind at once, and its failures come out.
+/// From then on the device is the drawing thread's, but for the making of resources: its
+/// CreateTexture, CreateVertexBuffer and CreateIndexBuffer have to allow that on another thread. A
+/// resource is filled before it is drawn with. A frame begins with a Clear of the whole target. A
+/// frame's failure is lost with the frame; the TestCooperativeLevel of a later one reports the
+/// device's state.
 class NewestFrameDevice final : public platform::IDirect3DDevice8 {
  public:
-  NewestFrameDevice(std::shared_ptr<platform::IDirect3DDevice8> device, FrameDisplay display);
+  /// `seen` tells whether a frame would be visible. The threads have to outlive the device.
+  NewestFrameDevice(std::shared_ptr<platform::IDirect3DDevice8> device, DrawingThreads& threads,
+                    std::function<bool()> seen);
+  /// Waits for nothing. The device behind is released as soon as it is not drawing.
+  ~NewestFrameDevice() override;
 
-  /// The surface has become visible.
-  void ShowKeptFrame() noexcept;
+  /// The surface has become visible, or has another size.
+  void ShowAgain();
+  /// Draws a text, as the font's library does.
+  void DrawText(const std::shared_ptr<const FontSource>& font, platform::D3DCOLOR Color,
+                std::string_view sText, const platform::RECT& Rect, std::uint32_t Format);
 
   [[nodiscard]] std::int32_t TestCooperativeLevel() override;
   std::shared_ptr<platform::IDirect3DTexture8> CreateTexture(
@@ -74,18 +79,20 @@ class NewestFrameDevice final : public platform::IDirect3DDevice8 {
                platform::WindowHandle hDestWindowOverride, const void* pDirtyRegion) override;
 
  private:
-  template <class State, class Matches>
-  [[nodiscard]] const State* LastSet(Matches matches) const;
-  void Forget(Frame& frame);
-  [[nodiscard]] bool IsDue() const;
-  void Wait();
-  void ShowNow();
+  /// Throws D3DError at the program's end.
+  [[nodiscard]] std::shared_ptr<platform::IDirect3DDevice8> Behind() const;
+  void ReadStates();
+  void Set(const Call& state);
 
-  std::shared_ptr<platform::IDirect3DDevice8> m_device;
-  FrameDisplay m_display;
-  Frame m_building;                             ///< since the last Present
-  Frame m_kept;                                 ///< presented, and not shown yet
-  std::chrono::steady_clock::time_point m_due;  ///< when the display can show the next frame
+  const std::shared_ptr<DrawingThread> m_thread;  ///< which owns the device behind
+  const std::weak_ptr<platform::IDirect3DDevice8> m_device;
+  DrawingThreads& m_threads;
+  const std::function<bool()> m_seen;
+  std::map<platform::D3DRENDERSTATETYPE, std::uint32_t> m_renderStates;
+  std::map<platform::D3DTEXTURESTAGESTATETYPE, std::uint32_t> m_stage0;
+  bool m_bRecording = false;  ///< since the first Clear
+  bool m_bStarted = false;    ///< the thread, by the first Present
+  Frame m_building;           ///< since the last Present
 };
 
 }  // namespace quillorbit::presentation

@@ -129,7 +129,8 @@ struct Pictures : testing::Test {
   linux_adapter::LinuxResources resources;
   linux_adapter::LinuxToolkit toolkit{nArguments, arguments, resources};
   linux_adapter::LinuxFonts fonts{[] { return 1.0; }};
-  linux_adapter::LinuxDX8VB dx8vb{fonts, graphics.contexts};
+  presentation::DrawingThreads threads{[] {}, &std::abort};
+  linux_adapter::LinuxDX8VB dx8vb{fonts, graphics.contexts, threads};
   fakes::FakePlatform fake;
   ModelProcess process{fake.log};
   platform::Platform services{toolkit,       fake.shell, fake.windows, fake.udpSockets,
@@ -140,8 +141,8 @@ struct Pictures : testing::Test {
 };
 
 TEST_F(Pictures, EveryAttitudeIsDrawnAsTheFormulasSay) {
-  Start("video");                               // the window as designed
-  EXPECT_TRUE(Match(Grab(), Reference(rest)));  // before any datagram
+  Start("video");                       // the window as designed
+  EXPECT_TRUE(Shows(Reference(rest)));  // before any datagram
   for (const MotionData& motion :
        {MotionData{0, 75, 75, 75, 0}, MotionData{75, 37, 75, 75, 0}, MotionData{75, 75, 0, 0, 0},
         MotionData{20, 120, 100, 60, 0}, MotionData{131, 9, 33, 140, 0},
@@ -197,6 +198,7 @@ TEST_F(Pictures, TheOverlayIsBlendedWithTheModelInItsColour) {
 
 TEST_F(Pictures, ALostContextIsReplacedWhenTheDriverIsBack) {
   Start();
+  ASSERT_TRUE(Shows(Reference(rest, true, {804, 440})));
   const QImage before = Grab();
   graphics.bLost = true;
   graphics.bDriver = false;
@@ -238,6 +240,7 @@ TEST_F(Pictures, ADeviceLightsByTheFormulaWhateverTheScale) {
   device.SetVertexShader(platform::D3DFVF_XYZ | platform::D3DFVF_NORMAL);
   device.DrawPrimitiveUP(platform::D3DPT_TRIANGLELIST, 1, vertices, 24);
   device.Present(nullptr, nullptr, 0, nullptr);
+  Settle();
   const QRgb pixel = small.grab().toImage().pixel(20, 15);
   EXPECT_NEAR(qRed(pixel), 255 * (0.2 + 0.5 * 0.5), 1);
   EXPECT_NEAR(qGreen(pixel), 255 * (0.1 + 0.1 + 0.5), 1);

@@ -5,11 +5,11 @@
 #include <utility>
 
 #include <QGuiApplication>
+#include <QPointer>
 #include <QScreen>
 
 #include "platform/linux/graphics/gl_device.h"
 #include "platform/linux/window/drawing_surface.h"
-#include "platform/linux/window/timer.h"
 #include "platform/presentation/newest_frame.h"
 
 namespace quillorbit::linux_adapter {
@@ -21,12 +21,6 @@ using platform::D3DError;
 void OnlyDefaultAdapter(std::uint32_t nAdapter) {
   if (nAdapter != platform::D3DADAPTER_DEFAULT)
     throw D3DError(D3DERR_INVALIDCALL, "there is one adapter");
-}
-
-presentation::FrameDisplay DisplayOf(DrawingSurface& surface) {
-  static constexpr bool bEnded = false;  // the device's timer ends with the device
-  return {[&surface] { return surface.IsSeen(); }, [] { return std::chrono::steady_clock::now(); },
-          std::make_unique<LinuxTimer>(bEnded, 0, false)};
 }
 
 }  // namespace
@@ -69,10 +63,11 @@ std::shared_ptr<platform::IDirect3DDevice8> LinuxDirect3D8::CreateDevice(
     m_report(failure.what());
     throw D3DError(platform::D3DERR_NOTAVAILABLE, failure.what());
   }
-  auto newestFrame =
-      std::make_shared<presentation::NewestFrameDevice>(std::move(device), DisplayOf(*pSurface));
-  pSurface->shown = [weak = std::weak_ptr(newestFrame)] {
-    if (const auto shown = weak.lock()) shown->ShowKeptFrame();
+  auto newestFrame = std::make_shared<presentation::NewestFrameDevice>(
+      std::move(device), m_threads,
+      [surface = QPointer(pSurface)] { return surface && surface->IsSeen(); });
+  pSurface->exposed = [weak = std::weak_ptr(newestFrame)] {
+    if (const auto shown = weak.lock()) shown->ShowAgain();
   };
   return newestFrame;
 }

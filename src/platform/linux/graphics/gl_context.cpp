@@ -47,12 +47,12 @@ GlContext::GlContext() {
   try {
     Create();
   } catch (...) {
-    Destroy();
+    Close();
     throw;
   }
 }
 
-GlContext::~GlContext() { Destroy(); }
+thread_local const GlContext* GlContext::pCurrent = nullptr;
 
 void GlContext::Create() {
   m_display = OpenDisplay();
@@ -84,27 +84,31 @@ void GlContext::Create() {
   MakeCurrent();
   LoadFunctions();
   pipeline = std::make_unique<GlPipeline>(gl);
-  eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+  LetGo();
 }
 
 /// The display stays initialised: other contexts may be on it.
-void GlContext::Destroy() {
+void GlContext::Close() {
   if (m_context == EGL_NO_CONTEXT) return;
-  if (eglGetCurrentContext() == m_context)
-    eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+  LetGo();
   if (m_surface != EGL_NO_SURFACE) eglDestroySurface(m_display, m_surface);
   eglDestroyContext(m_display, std::exchange(m_context, EGL_NO_CONTEXT));
 }
 
 void GlContext::MakeCurrent() {
-  if (!TryMakeCurrent()) Refuse("the driver refuses its context");
+  if (IsCurrent()) return;
+  pCurrent = nullptr;  // whichever was
+  // Each thread has its own bound API.
+  if (eglBindAPI(EGL_OPENGL_API) == EGL_FALSE ||
+      eglMakeCurrent(m_display, m_surface, m_surface, m_context) == EGL_FALSE)
+    Refuse("the driver refuses its context");
+  pCurrent = this;
 }
 
-bool GlContext::TryMakeCurrent() noexcept {
-  // Each thread has its own bound API.
-  if (eglBindAPI(EGL_OPENGL_API) == EGL_FALSE) return false;
-  return eglGetCurrentContext() == m_context ||
-         eglMakeCurrent(m_display, m_surface, m_surface, m_context) == EGL_TRUE;
+void GlContext::LetGo() {
+  if (!IsCurrent()) return;
+  eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+  pCurrent = nullptr;
 }
 
 void GlContext::LoadFunctions() {
@@ -136,6 +140,10 @@ bool GlContext::IsLost() {
 }
 
 GlContexts::GlContexts(Maker make) : m_make(std::move(make)) {
+  // Mesa's software driver draws on the thread that calls it. It would start one for each
+  // processor, with the priority of this one: for so small a picture their meeting costs more than
+  // the drawing.
+  setenv("LP_NUM_THREADS", "0", 0);
   // No signal of the program's is for this thread, nor for those that the driver starts in it.
   sigset_t all, before;
   sigfillset(&all);
@@ -144,9 +152,13 @@ GlContexts::GlContexts(Maker make) : m_make(std::move(make)) {
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-std::shared_ptr<GlContext> GlContexts::New() { return m_next.valid() ? m_next.get() : Make(); }
+std::shared_ptr<GlContext> GlContexts::New() {
+  const std::lock_guard lock(m_mutex);
+  return m_next.valid() ? m_next.get() : Make();
+}
 
 bool GlContexts::Available() {
+  const std::lock_guard lock(m_mutex);
   if (m_next.valid()) return true;  // New has been called before, and this was made meanwhile
   try {
     std::promise<std::shared_ptr<GlContext>> made;
@@ -158,6 +170,7 @@ bool GlContexts::Available() {
   }
 }
 
+/// With the mutex held.
 std::shared_ptr<GlContext> GlContexts::Make() {
   const auto now = std::chrono::steady_clock::now();
   if (now < m_retry) std::rethrow_exception(m_failure);

@@ -41,33 +41,33 @@ void OnlyStage0(std::uint32_t nStage) {
 
 GlDevice::GlDevice(std::shared_ptr<GlContext> context, std::shared_ptr<GlContexts> contexts,
                    DrawingSurface& surface)
-    : m_context(std::move(context)), m_contexts(std::move(contexts)), m_surface(&surface) {
+    : m_context(std::move(context)),
+      m_contexts(std::move(contexts)),
+      m_pixels(surface.PixelSize()) {
   const QSize size = surface.size().expandedTo({1, 1});
-  m_pixels = (QSizeF(size) * surface.devicePixelRatioF()).toSize();
   m_context->MakeCurrent();
   CreateBackBuffer();
   m_context->pipeline->SetTarget(static_cast<std::uint32_t>(size.width()),
                                  static_cast<std::uint32_t>(size.height()));
   CheckErrors();
+  m_context->LetGo();
+  m_pictures = surface.NewPictures();
 }
 
-GlDevice::~GlDevice() {
-  if (!m_context->TryMakeCurrent()) return;
-  GlFunctions& gl = m_context->gl;
-  gl.DeleteBuffers(1, &m_userVertices);
-  gl.DeleteFramebuffers(1, &m_framebuffer);
-  gl.DeleteRenderbuffers(1, &m_colourBuffer);
-}
+GlDevice::~GlDevice() { m_context->Close(); }
 
 void GlDevice::CreateBackBuffer() {
   GlFunctions& gl = m_context->gl;
   gl.GenBuffers(1, &m_userVertices);
-  gl.GenRenderbuffers(1, &m_colourBuffer);
-  gl.BindRenderbuffer(GL_RENDERBUFFER, m_colourBuffer);
-  gl.RenderbufferStorage(GL_RENDERBUFFER, GL_RGBA8, m_pixels.width(), m_pixels.height());
+  // A texture, which drivers keep in the order that it is given and read back in; a render buffer
+  // would be converted each time.
+  gl.GenTextures(1, &m_colours);
+  gl.BindTexture(GL_TEXTURE_2D, m_colours);
+  gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, m_pixels.width(), m_pixels.height(), 0, GL_BGRA,
+                GL_UNSIGNED_BYTE, nullptr);
   gl.GenFramebuffers(1, &m_framebuffer);
   gl.BindFramebuffer(GL_FRAMEBUFFER, m_framebuffer);
-  gl.FramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, m_colourBuffer);
+  gl.FramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, m_colours, 0);
   if (gl.CheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE)
     throw D3DError(platform::D3DERR_NOTAVAILABLE, "the driver cannot draw off screen");
   gl.Viewport(0, 0, m_pixels.width(), m_pixels.height());
@@ -251,11 +251,10 @@ void GlDevice::Present(const platform::RECT* /*pSourceRect*/, const platform::RE
                        platform::WindowHandle /*hDestWindowOverride*/,
                        const void* /*pDirtyRegion*/) {
   GlFunctions& gl = Gl();
-  if (m_frame.size() != m_pixels) m_frame = QImage(m_pixels, QImage::Format_RGB32);
   gl.ReadPixels(0, 0, m_pixels.width(), m_pixels.height(), GL_BGRA, GL_UNSIGNED_BYTE,
-                m_frame.bits());
+                m_pictures->Next(m_pixels).bits());
   CheckErrors();
-  if (m_surface) m_surface->ShowFrame(m_frame);
+  m_pictures->Show();
 }
 
 void GlDevice::CheckErrors() {

@@ -2,8 +2,6 @@
 
 #include <memory>
 
-#include <QImage>
-#include <QPointer>
 #include <QSize>
 
 #include "platform/direct3d8.h"
@@ -14,8 +12,11 @@
 namespace quillorbit::linux_adapter {
 
 /// A Direct3D 8 device on OpenGL. It draws each call at once into a back buffer of its own; Present
-/// reads that back and hands it to the surface. On a scaled display the back buffer has the
+/// reads that back and shows it on the surface. On a scaled display the back buffer has the
 /// display's pixels, while coordinates stay the surface's.
+///
+/// It is made on the user-interface thread. Whichever thread draws with it first has its context:
+/// that thread also destroys it. Resources may be made and filled on another.
 class GlDevice final : public platform::IDirect3DDevice8 {
  public:
   /// Throws D3DError when the driver cannot draw such a surface.
@@ -74,10 +75,9 @@ class GlDevice final : public platform::IDirect3DDevice8 {
 
   std::shared_ptr<GlContext> m_context;
   std::shared_ptr<GlContexts> m_contexts;
-  QPointer<DrawingSurface> m_surface;
+  std::unique_ptr<Pictures> m_pictures;
   QSize m_pixels;  ///< of the back buffer
-  QImage m_frame;
-  GLuint m_framebuffer = 0, m_colourBuffer = 0, m_userVertices = 0;
+  GLuint m_framebuffer = 0, m_colours = 0, m_userVertices = 0;
 
   PipelineState m_state;
   std::shared_ptr<GlTexture> m_texture;

@@ -10,14 +10,14 @@ namespace quillorbit::linux_adapter {
 // clang-format off
 #define QUILLORBIT_GL_FUNCTIONS(X) \
   X(AttachShader) X(BindAttribLocation) X(BindBuffer) X(BindFramebuffer) \
-  X(BindRenderbuffer) X(BindTexture) X(BlendFunc) X(BufferData) X(CheckFramebufferStatus) \
+  X(BindTexture) X(BlendFunc) X(BufferData) X(CheckFramebufferStatus) \
   X(Clear) X(ClearColor) X(ColorMask) X(CompileShader) X(CreateProgram) X(CreateShader) \
-  X(CullFace) X(DeleteBuffers) X(DeleteFramebuffers) X(DeleteRenderbuffers) X(DeleteTextures) \
+  X(CullFace) X(DeleteBuffers) X(DeleteTextures) \
   X(Disable) X(DisableVertexAttribArray) X(DrawArrays) X(DrawElements) X(Enable) \
-  X(EnableVertexAttribArray) X(FramebufferRenderbuffer) X(GenBuffers) \
-  X(GenFramebuffers) X(GenRenderbuffers) X(GenTextures) X(GetError) X(GetProgramiv) \
+  X(EnableVertexAttribArray) X(FramebufferTexture2D) X(GenBuffers) \
+  X(GenFramebuffers) X(GenTextures) X(GetError) X(GetProgramiv) \
   X(GetShaderInfoLog) X(GetShaderiv) X(GetString) X(GetUniformLocation) X(LinkProgram) \
-  X(ReadPixels) X(RenderbufferStorage) X(ShaderSource) X(TexImage2D) \
+  X(ReadPixels) X(ShaderSource) X(TexImage2D) \
   X(TexParameteri) X(Uniform1i) X(Uniform2f) X(Uniform3fv) X(Uniform4fv) X(UniformMatrix3fv) \
   X(UniformMatrix4fv) X(UseProgram) X(VertexAttribPointer) X(Viewport)
 // clang-format on

@@ -36,7 +36,7 @@ GlTexture::GlTexture(std::shared_ptr<GlContext> context, std::uint32_t nWidth,
 }
 
 GlTexture::~GlTexture() {
-  if (m_texture != 0 && m_context->TryMakeCurrent()) m_context->gl.DeleteTextures(1, &m_texture);
+  if (m_context->IsCurrent()) m_context->gl.DeleteTextures(1, &m_texture);
 }
 
 platform::D3DLOCKED_RECT GlTexture::LockRect(std::uint32_t Level) {

@@ -11,7 +11,7 @@
 namespace quillorbit::linux_adapter {
 
 // Managed resources: their content is kept here, and uploaded to the driver before it is drawn
-// with.
+// with. What the driver has of one that is released on another thread goes with the context.
 
 /// A8R8G8B8.
 class GlTexture final : public platform::IDirect3DTexture8 {
@@ -52,7 +52,7 @@ class GlBuffer final : public Interface {
   GlBuffer(std::shared_ptr<GlContext> context, std::uint32_t nLength)
       : m_context(std::move(context)), m_bytes(nLength) {}
   ~GlBuffer() override {
-    if (m_buffer != 0 && m_context->TryMakeCurrent()) m_context->gl.DeleteBuffers(1, &m_buffer);
+    if (m_context->IsCurrent()) m_context->gl.DeleteBuffers(1, &m_buffer);
   }
 
   std::byte* Lock() override { return m_bytes.data(); }

@@ -53,7 +53,10 @@ int ToDevicePixels(std::uint32_t nPixels, double dRatio) {
 class LinuxFonts::Object final : public platform::StdFont {
  public:
   explicit Object(std::shared_ptr<Table> table) : m_table(std::move(table)) { Describe(); }
-  ~Object() override { m_table->fonts.erase(m_hFont); }
+  ~Object() override {
+    const std::lock_guard lock(m_table->mutex);
+    m_table->fonts.erase(m_hFont);
+  }
   Object(const Object&) = delete;
   Object& operator=(const Object&) = delete;
 
@@ -73,10 +76,9 @@ class LinuxFonts::Object final : public platform::StdFont {
  private:
   /// Registers the font as it is described now under a new handle.
   void Describe() {
-    QFont font = ToQFont({m_sName, m_fPoints});
-    font.setStyleStrategy(
-        static_cast<QFont::StyleStrategy>(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
-    m_table->fonts.emplace(++m_table->hLast, std::move(font));
+    const double dPixelRatio = m_table->pixelRatio();
+    const std::lock_guard lock(m_table->mutex);
+    m_table->fonts.emplace(++m_table->hLast, Description{m_sName, m_fPoints, dPixelRatio});
     m_table->fonts.erase(std::exchange(m_hFont, m_table->hLast));
   }
 
@@ -86,7 +88,9 @@ class LinuxFonts::Object final : public platform::StdFont {
   platform::FontHandle m_hFont = 0;
 };
 
-LinuxFonts::LinuxFonts(std::function<double()> pixelRatio) : m_pixelRatio(std::move(pixelRatio)) {}
+LinuxFonts::LinuxFonts(std::function<double()> pixelRatio) {
+  m_table->pixelRatio = std::move(pixelRatio);
+}
 
 std::unique_ptr<platform::StdFont> LinuxFonts::NewStdFont() {
   return std::make_unique<Object>(m_table);
@@ -95,20 +99,29 @@ std::unique_ptr<platform::StdFont> LinuxFonts::NewStdFont() {
 void LinuxFonts::DrawText(platform::FontHandle hFont, std::string_view sText, std::uint32_t nWidth,
                           std::uint32_t nHeight, std::uint32_t lFormat,
                           platform::TextCoverage& coverage) {
-  const auto font = m_table->fonts.find(hFont);
-  if (font == m_table->fonts.end()) throw std::invalid_argument("no such font handle");
-  const double dRatio = m_pixelRatio();
+  Description description;
+  {
+    const std::lock_guard lock(m_table->mutex);
+    const auto found = m_table->fonts.find(hFont);
+    if (found == m_table->fonts.end()) throw std::invalid_argument("no such font handle");
+    description = found->second;
+  }
+  const double dRatio = description.dPixelRatio;
   const int nColumns = ToDevicePixels(nWidth, dRatio), nRows = ToDevicePixels(nHeight, dRatio);
   coverage.nWidth = static_cast<std::uint32_t>(nColumns);
   coverage.nHeight = static_cast<std::uint32_t>(nRows);
   coverage.pixels.assign(std::size_t{coverage.nWidth} * coverage.nHeight, 0);
   if (coverage.pixels.empty()) return;
 
+  // Not kept: the toolkit's fonts are for one thread.
+  QFont font = ToQFont({description.sName, description.fPoints});
+  font.setStyleStrategy(
+      static_cast<QFont::StyleStrategy>(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
   QImage image(coverage.pixels.data(), nColumns, nRows, nColumns, QImage::Format_Alpha8);
   QPainter painter(&image);
   painter.setRenderHint(QPainter::TextAntialiasing);
   painter.scale(dRatio, dRatio);
-  painter.setFont(font->second);
+  painter.setFont(font);
   painter.drawText(QRectF(0, 0, nWidth, nHeight), ToQtFlags(lFormat), ToQString(sText));
 }
 

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+
+#include <QEvent>
+#include <QImage>
+#include <QSize>
+#include <xcb/xcb.h>
+
+#include "platform/linux/window/picture_window.h"
+
+namespace quillorbit::linux_adapter {
+
+/// What a surface shares with the threads that make its pictures.
+struct PictureExchange {
+  /// Sent to the surface: there is a picture for it to paint.
+  static constexpr QEvent::Type cameEvent = QEvent::User;
+
+  std::mutex mutex;
+  QSize size;                    ///< of the surface, in the display's pixels
+  xcb_window_t frame = 0;        ///< an X window over the surface; 0 without an X server
+  QObject* pSurface = nullptr;   ///< null after its end
+  const void* pMaker = nullptr;  ///< whose pictures the surface paints: the newest device's
+  QImage picture;                ///< the newest for it to paint, or one that it has painted
+  bool bCame = false;            ///< the newest, and the surface knows
+};
+
+/// The pictures of one device on their way to a surface, each instead of the one before. Made on
+/// the user-interface thread, and then used on the thread that draws. With an X server they go
+/// there without the toolkit; else the toolkit's event loop is handed the newest.
+class Pictures {
+ public:
+  explicit Pictures(std::shared_ptr<PictureExchange> exchange);
+
+  /// A picture to be filled: Format_RGB32, all of it opaque. Valid until Show.
+  [[nodiscard]] QImage& Next(QSize size);
+  /// Shows it, stretched to the surface's size.
+  void Show();
+
+ private:
+  [[nodiscard]] bool HasWindow();
+  [[nodiscard]] QSize SurfaceSize();
+  void HandOver();
+
+  std::shared_ptr<PictureExchange> m_exchange;
+  std::optional<PictureWindow> m_window;
+  bool m_bWindowTried = false;
+  bool m_bDirect = false;  ///< what is being filled is the window's own picture
+  QImage m_picture;
+};
+
+}  // namespace quillorbit::linux_adapter
