@@ -141,8 +141,9 @@ struct Pictures : testing::Test {
 };
 
 TEST_F(Pictures, EveryAttitudeIsDrawnAsTheFormulasSay) {
-  Start("video");                       // the window as designed
-  EXPECT_TRUE(Shows(Reference(rest)));  // before any datagram
+  const QImage atRest = Reference(rest);
+  Start("video");              // the window as designed
+  EXPECT_TRUE(Shows(atRest));  // before any datagram
   for (const MotionData& motion :
        {MotionData{0, 75, 75, 75, 0}, MotionData{75, 37, 75, 75, 0}, MotionData{75, 75, 0, 0, 0},
         MotionData{20, 120, 100, 60, 0}, MotionData{131, 9, 33, 140, 0},
@@ -197,15 +198,15 @@ TEST_F(Pictures, TheOverlayIsBlendedWithTheModelInItsColour) {
 }
 
 TEST_F(Pictures, ALostContextIsReplacedWhenTheDriverIsBack) {
+  const QImage before = Reference(rest, true, {804, 440});
   Start();
-  ASSERT_TRUE(Shows(Reference(rest, true, {804, 440})));
-  const QImage before = Grab();
+  ASSERT_TRUE(Shows(before));
   graphics.bLost = true;
   graphics.bDriver = false;
   for (int i = 0; i < 30; ++i) {
     fake.Arrive(turned);
     Settle();
-    ASSERT_EQ(Grab(), before);
+    ASSERT_TRUE(Match(Grab(), before));
   }
   graphics.bDriver = true;
   window().resize(500, 600);  // the new device will have its size
