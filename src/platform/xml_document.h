@@ -38,7 +38,8 @@ class DOMDocument : public IXMLDOMNode {
   /// Likewise from a text in UTF-8.
   virtual bool loadXML(std::string_view sXml) = 0;
   /// Writes the document in the encoding that it declares. A file of that name is replaced as a
-  /// whole or, when anything fails (std::system_error), left as it was.
+  /// whole or, when anything fails, left as it was: std::system_error says so as far as it is known
+  /// at once. The platform may do the rest later; load() gives the new content already.
   virtual void save(const std::string& sPath) = 0;
 };
 

@@ -34,7 +34,8 @@ class CSetup {
   /// not fit 32 bits; the elements before it are in force then.
   bool Load(const std::string& file = {});
   /// Writes the profile, the default one when `file` is empty. Returns true; throws when the
-  /// profile cannot be made or written, and then leaves the old file whole.
+  /// profile cannot be made, or when it is known at once that it cannot be written. Whatever fails
+  /// leaves the old file whole.
   bool Save(const std::string& file = {});
 
   /// Builds the profile into an empty document.

@@ -13,8 +13,8 @@ inline constexpr double dFilterRate = 30;
 
 /// The three setup controls. Each writes its setting into the settings object and saves the
 /// profile at once; the port box also binds the socket again, and the slider tunes both filters.
-/// When the profile cannot be written, the port box beeps and the others do nothing; the new value
-/// holds for this run.
+/// When the save fails, the port box beeps and the others do nothing; the new value holds for this
+/// run.
 class SetupControls {
  public:
   SetupControls(ReceiverState& state, Controls& controls, platform::Toolkit& toolkit)

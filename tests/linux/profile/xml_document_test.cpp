@@ -25,6 +25,14 @@ class XmlDocument : public testing::Test {
     return testing::internal::GetCapturedStderr();
   }
 
+  /// Returns when the disk has it.
+  void Save(const std::string& sPath, std::string_view sXml) {
+    linux_adapter::LinuxXmlLibrary library(std::chrono::minutes(1));
+    const auto document = library.NewDOMDocument();
+    EXPECT_TRUE(document->loadXML(sXml));
+    document->save(sPath);
+  }
+
   linux_adapter::LinuxXmlLibrary m_library;
   const std::unique_ptr<platform::DOMDocument> m_document = m_library.NewDOMDocument();
   TemporaryFolder m_folder;
@@ -105,13 +113,12 @@ TEST_F(XmlDocument, IsRefusedWhenItIsBrokenOrNamesOtherFilesOrCostsTooMuch) {
 }
 
 TEST_F(XmlDocument, ReplacesItsFileAndKeepsLinkModeAndWhatWasRefused) {
-  ASSERT_TRUE(m_document->loadXML("<r>new</r>"));
   const std::string sLink = m_folder / "link", sTarget = m_folder / "target";
   std::filesystem::create_symlink("target", sLink);
   for (const char* sBroken : {"<r>1", "<r>2"}) {
     WriteFile(sTarget, sBroken);
     ASSERT_EQ(chmod(sTarget.c_str(), 0606), 0);
-    m_document->save(sLink);
+    Save(sLink, "<r>new</r>");
     struct stat status {};
     EXPECT_EQ(lstat(sTarget.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode, S_IFREG | 0606u);
@@ -120,7 +127,7 @@ TEST_F(XmlDocument, ReplacesItsFileAndKeepsLinkModeAndWhatWasRefused) {
   EXPECT_TRUE(std::filesystem::is_symlink(sLink));
   EXPECT_EQ(ReadFile(sTarget + ".refused") + ReadFile(sTarget + ".refused-1"), "<r>1<r>2");
   for (const char* sPath : {"", "missing/test.setup"})
-    EXPECT_THROW(m_document->save(m_folder / sPath), std::system_error) << sPath;
+    EXPECT_THROW(Save(m_folder / sPath, "<r/>"), std::system_error) << sPath;
 }
 
 }  // namespace

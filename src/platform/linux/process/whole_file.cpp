@@ -12,8 +12,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/linux/process/file_descriptor.h"
-
 namespace quillorbit::linux_adapter {
 namespace {
 
@@ -62,57 +60,6 @@ void KeepAside(const fs::path& file) {
   Fail(EEXIST, file);
 }
 
-/// A new file beside the target that is removed unless it took the target's place.
-class TemporaryFile {
- public:
-  TemporaryFile(const fs::path& target, const std::optional<struct stat>& old) {
-    // Not mkostemp(): what open() gives a new file here follows the umask and the folder's default
-    // access list.
-    const mode_t mode = old ? old->st_mode & 07777 : 0666;
-    for (int i = 0; i < nNamesTried && !m_fd.IsOpen(); ++i) {
-      m_path = target;
-      m_path += ".tmp" + std::to_string(getpid()) + "-" + std::to_string(i);
-      m_fd = FileDescriptor(open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-      if (!m_fd.IsOpen() && errno != EEXIST) Fail(errno, m_path);
-    }
-    if (!m_fd.IsOpen()) Fail(EEXIST, m_path);
-    if (!old) return;
-    if (fchown(m_fd.Get(), old->st_uid, old->st_gid) != 0)  // only root can give a file away
-      (void)!fchown(m_fd.Get(), static_cast<uid_t>(-1), old->st_gid);
-    if (fchmod(m_fd.Get(), mode) != 0) {
-      const int error = errno;
-      unlink(m_path.c_str());  // the destructor of what was never built does not run
-      Fail(error, m_path);
-    }
-  }
-  ~TemporaryFile() {
-    if (!m_path.empty()) unlink(m_path.c_str());
-  }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-  void Write(std::string_view sContent) {
-    while (!sContent.empty()) {
-      const ssize_t n = write(m_fd.Get(), sContent.data(), sContent.size());
-      if (n < 0 && errno != EINTR) Fail(errno, m_path);
-      if (n > 0) sContent.remove_prefix(static_cast<std::size_t>(n));
-    }
-  }
-
-  void Replace(const fs::path& target, bool bKeepOld) {
-    // The content must be on the disk before the name is, or a crash could leave an empty file.
-    if (fsync(m_fd.Get()) != 0) Fail(errno, m_path);
-    if (close(m_fd.Release()) != 0) Fail(errno, m_path);  // some file systems report errors late
-    if (bKeepOld) KeepAside(target);
-    if (std::rename(m_path.c_str(), target.c_str()) != 0) Fail(errno, target);
-    m_path.clear();
-  }
-
- private:
-  fs::path m_path;  ///< empty when there is nothing to remove
-  FileDescriptor m_fd;
-};
-
 }  // namespace
 
 std::string ReadWholeFile(const fs::path& path, std::size_t nLimit) {
@@ -141,12 +88,49 @@ std::string ReadWholeFile(const fs::path& path, std::size_t nLimit) {
   }
 }
 
-void ReplaceWholeFile(const fs::path& path, std::string_view sContent, OldFile eOldFile) {
-  const fs::path target = FollowLinks(path);
-  const auto old = OldStatus(target);
-  TemporaryFile file(target, old);
-  file.Write(sContent);
-  file.Replace(target, old && eOldFile == OldFile::kept);
+FileReplacement::FileReplacement(const fs::path& path) : m_target(FollowLinks(path)) {
+  const auto old = OldStatus(m_target);
+  m_bOld = old.has_value();
+  // Not mkostemp(): what open() gives a new file here follows the umask and the folder's default
+  // access list.
+  const mode_t mode = old ? old->st_mode & 07777 : 0666;
+  for (int i = 0; i < nNamesTried && !m_fd.IsOpen(); ++i) {
+    m_newFile = m_target;
+    m_newFile += ".tmp" + std::to_string(getpid()) + "-" + std::to_string(i);
+    m_fd = FileDescriptor(open(m_newFile.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (!m_fd.IsOpen() && errno != EEXIST) Fail(errno, m_newFile);
+  }
+  if (!m_fd.IsOpen()) Fail(EEXIST, m_newFile);
+  if (!old) return;
+  if (fchown(m_fd.Get(), old->st_uid, old->st_gid) != 0)  // only root can give a file away
+    (void)!fchown(m_fd.Get(), static_cast<uid_t>(-1), old->st_gid);
+  if (fchmod(m_fd.Get(), mode) != 0) {
+    const int error = errno;
+    unlink(m_newFile.c_str());  // the destructor of what was never built does not run
+    Fail(error, m_newFile);
+  }
+}
+
+FileReplacement::~FileReplacement() {
+  if (!m_newFile.empty()) unlink(m_newFile.c_str());
+}
+
+void FileReplacement::Write(std::string_view sContent) {
+  while (!sContent.empty()) {
+    const ssize_t n = write(m_fd.Get(), sContent.data(), sContent.size());
+    if (n < 0 && errno != EINTR) Fail(errno, m_newFile);
+    if (n > 0) sContent.remove_prefix(static_cast<std::size_t>(n));
+  }
+}
+
+void FileReplacement::Replace(std::string_view sContent, OldFile eOldFile) {
+  Write(sContent);
+  // The content must be on the disk before the name is, or a crash could leave an empty file.
+  if (fsync(m_fd.Get()) != 0) Fail(errno, m_newFile);
+  if (close(m_fd.Release()) != 0) Fail(errno, m_newFile);  // some file systems report errors late
+  if (m_bOld && eOldFile == OldFile::kept) KeepAside(m_target);
+  if (std::rename(m_newFile.c_str(), m_target.c_str()) != 0) Fail(errno, m_target);
+  m_newFile.clear();
 }
 
 }  // namespace quillorbit::linux_adapter

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/linux/process/file_descriptor.h"
+
 namespace quillorbit::linux_adapter {
 
 /// A regular file's bytes; none when there is no such file. Throws std::runtime_error, which names
@@ -17,11 +19,31 @@ enum class OldFile {
   kept,  ///< renamed to NAME.refused, or NAME.refused-1, ... when that is there already
 };
 
-/// Writes a file that is new or takes the place of a regular file, whose permission bits and, where
-/// the system allows it, owner and group it gets. When it fails (std::system_error), or the machine
-/// stops meanwhile, the old file is as it was. Symbolic links are followed, so that a link stays a
-/// link; other hard links to the old file keep its content.
-void ReplaceWholeFile(const std::filesystem::path& path, std::string_view sContent,
-                      OldFile eOldFile = OldFile::replaced);
+/// A file on its way to take the place of another one, whose permission bits and, where the system
+/// allows it, owner and group it gets. Unless Replace() succeeds, or when the machine stops
+/// meanwhile, the old file is as it was. Symbolic links are followed, so that a link stays a link;
+/// other hard links to the old file keep its content.
+class FileReplacement {
+ public:
+  /// Makes an empty file beside the one that the path means, which need not exist. Throws
+  /// std::system_error when that cannot be done, and when the old file is not a regular one or is
+  /// write-protected.
+  explicit FileReplacement(const std::filesystem::path& path);
+  ~FileReplacement();
+  FileReplacement(const FileReplacement&) = delete;
+  FileReplacement& operator=(const FileReplacement&) = delete;
+
+  /// Fills the new file, waits until the disk has it, and gives it the old one's name. Once; throws
+  /// std::system_error when it fails.
+  void Replace(std::string_view sContent, OldFile eOldFile);
+
+ private:
+  void Write(std::string_view sContent);
+
+  std::filesystem::path m_target;
+  bool m_bOld;                      ///< whether there was a file
+  std::filesystem::path m_newFile;  ///< empty when there is nothing to remove
+  FileDescriptor m_fd;
+};
 
 }  // namespace quillorbit::linux_adapter

@@ -184,7 +184,7 @@ XmlDocPointer ReadDocument(const std::string& sPath) {
   return doc;
 }
 
-/// What a save does with the file that it replaces.
+/// What a save does with the file that it replaces. Called in the writer's thread.
 OldFile OldFileAt(const std::string& sPath) {
   try {
     (void)ReadDocument(sPath);
@@ -196,7 +196,9 @@ OldFile OldFileAt(const std::string& sPath) {
 
 class LinuxDocument final : public LinuxNodeOf<platform::DOMDocument> {
  public:
-  LinuxDocument() : LinuxNodeOf(nullptr, nullptr) { Hold(nullptr); }
+  explicit LinuxDocument(FileWriter& writer) : LinuxNodeOf(nullptr, nullptr), m_writer(writer) {
+    Hold(nullptr);
+  }
 
   [[nodiscard]] std::unique_ptr<platform::IXMLDOMNode> createElement(
       std::string_view sName) override {
@@ -211,6 +213,8 @@ class LinuxDocument final : public LinuxNodeOf<platform::DOMDocument> {
   }
 
   bool load(const std::string& sPath) override {
+    if (const auto sUnwritten = m_writer.Unwritten(sPath))
+      return Hold(ParseXml(*sUnwritten, XmlEncoding::declared));
     try {
       return Hold(ReadDocument(sPath));
     } catch (const std::runtime_error& failure) {
@@ -229,7 +233,7 @@ class LinuxDocument final : public LinuxNodeOf<platform::DOMDocument> {
                               "the document has no XML form");
     if (sXml.size() > nXmlLimit)  // load() would refuse it
       throw std::system_error(std::make_error_code(std::errc::file_too_large), sPath);
-    ReplaceWholeFile(sPath, sXml, OldFileAt(sPath));
+    m_writer.Write(sPath, sXml);
   }
 
  private:
@@ -242,14 +246,21 @@ class LinuxDocument final : public LinuxNodeOf<platform::DOMDocument> {
     Refer(std::move(content), pNode);
     return bWellFormed;
   }
+
+  FileWriter& m_writer;
 };
 
 }  // namespace
 
-LinuxXmlLibrary::LinuxXmlLibrary() { InitXmlLibraries(); }
+LinuxXmlLibrary::LinuxXmlLibrary(std::chrono::milliseconds mostSaveWait)
+    : m_writer(OldFileAt, mostSaveWait) {
+  InitXmlLibraries();
+}
+
+LinuxXmlLibrary::~LinuxXmlLibrary() = default;
 
 std::unique_ptr<platform::DOMDocument> LinuxXmlLibrary::NewDOMDocument() {
-  return std::make_unique<LinuxDocument>();
+  return std::make_unique<LinuxDocument>(m_writer);
 }
 
 }  // namespace quillorbit::linux_adapter

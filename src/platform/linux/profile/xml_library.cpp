@@ -119,6 +119,7 @@ void InitXmlLibraries() {
 
 XmlDocPointer ParseXml(std::string_view sXml, XmlEncoding eEncoding) {
   if (sXml.size() > nXmlLimit) return nullptr;
+  xmlSetGenericErrorFunc(nullptr, Silence);  // each thread has its own
   const ParserContext context(xmlNewParserCtxt());
   if (!context) throw std::bad_alloc();
   context->sax->internalSubset = CheckDoctype;
