@@ -1,8 +1,25 @@
 // The road of a datagram through the whole program.
 
+#include <cstdlib>
 #include <limits>
+#include <new>
 
 #include "core/program.h"
+
+namespace {
+
+std::size_t nAllocations = 0;
+
+}  // namespace
+
+// Counts what the whole test program takes from the heap; new[] and the others call these two.
+void* operator new(std::size_t nBytes) {
+  ++nAllocations;
+  if (void* const p = std::malloc(nBytes)) return p;
+  throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 namespace quillorbit {
 namespace {
@@ -75,6 +92,22 @@ TEST(Receiver, AnyFailingStepIsSkippedAloneAndSetsTheCountToZero) {
     p.Arrive({});
     EXPECT_EQ(p.Caption("lblPacket"), "1 (0/s)") << "failing call " << k;
     EXPECT_EQ(p.Take().size(), 26U) << "failing call " << k;  // the signal is back
+  }
+}
+
+TEST(Receiver, TakesNothingFromTheHeap) {
+  Program p;
+  p.Start();
+  for (const bool bVisible : {true, false}) {
+    p.Window().bVisible = bVisible;
+    p.Arrive({.b = 1});
+    EXPECT_EQ(p.Take().size(), bVisible ? 26U : 3U);  // whereas now nothing is recorded
+    p.log.Mute(true);
+    const std::size_t nBefore = nAllocations;
+    for (std::int32_t i = 0; i < 100; ++i)
+      p.Arrive({.x = i, .y = -32768, .z = -32768, .zr = -32768, .b = least + i});
+    EXPECT_EQ(nAllocations - nBefore, 0U) << "visible: " << bVisible;
+    p.log.Mute(false);
   }
 }
 

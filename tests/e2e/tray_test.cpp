@@ -123,14 +123,18 @@ TEST_F(TrayTest, SilentServicesGiveWayToATrayThatEmbeds) {
 
 TEST_F(TrayTest, TextsOfTheProfileReachTheDesktop) {
   WriteProfile("<quillorbit_profile><port>" + std::to_string(m_nPort) +
-               "</port><msg6>&lt;b&gt;Kein&lt;/b&gt; Signal &amp; so</msg6></quillorbit_profile>");
+               "</port><msg6>&lt;br&gt;&lt;br&gt;Kein Signal &amp; so</msg6></quillorbit_profile>");
   m_eTray = Tray::Bus;
   StartBus();
   StartHost();
   StartAll();
   ASSERT_TRUE(BalloonsBecome(1));
-  EXPECT_THAT(LastHeard("Notify"), HasSubstr("\"&lt;b&gt;Kein&lt;/b&gt; Signal &amp; so\""));
-  EXPECT_THAT(LastHeard("ToolTip"), HasSubstr("\"Quillorbit - <b>Kein</b> Signal & so\""));
+  EXPECT_THAT(LastHeard("Notify"), HasSubstr("\"&lt;br&gt;&lt;br&gt;Kein Signal &amp; so\""));
+  EXPECT_THAT(LastHeard("ToolTip"), HasSubstr("\"Quillorbit - <br><br>Kein Signal & so\""));
+  m_host.reset();
+  StartTrayer();
+  m_eTray = Tray::Docked;
+  EXPECT_NE(Tip(), "");  // a tip of one line
 }
 
 TEST_F(TrayTest, BusThatNeverAnswersOrEndsIsAsGoodAsNone) {

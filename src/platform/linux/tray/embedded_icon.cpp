@@ -7,6 +7,7 @@
 #include <QIcon>
 #include <QMouseEvent>
 #include <QPixmap>
+#include <QTextDocument>
 
 #include "platform/shell.h"
 
@@ -62,6 +63,11 @@ EmbeddedIcon::EmbeddedIcon(const QImage& image, const QString& sTip, Report repo
 }
 
 void EmbeddedIcon::SetImage(const QImage& image) { m_icon.setIcon(ToIcon(image)); }
+
+/// The text may come from a profile; the toolkit takes one that looks like HTML for it.
+void EmbeddedIcon::SetTip(const QString& sTip) {
+  m_icon.setToolTip(Qt::mightBeRichText(sTip) ? Qt::convertFromPlainText(sTip) : sTip);
+}
 
 void EmbeddedIcon::ShowBalloon(const Balloon& balloon) {
   m_icon.showMessage(balloon.sTitle, balloon.sText, MessageIcon(balloon.lIcon),

@@ -21,7 +21,7 @@ class EmbeddedIcon final : public QObject {
   EmbeddedIcon(const QImage& image, const QString& sTip, Report report);
 
   void SetImage(const QImage& image);
-  void SetTip(const QString& sTip) { m_icon.setToolTip(sTip); }
+  void SetTip(const QString& sTip);
   void ShowBalloon(const Balloon& balloon);
 
  private:

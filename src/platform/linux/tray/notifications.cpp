@@ -27,10 +27,6 @@ const char* IconName(std::uint32_t lIcon) {
   }
 }
 
-bool IsError(sd_bus_message* pReply) {
-  return pReply == nullptr || sd_bus_message_is_method_error(pReply, nullptr) > 0;
-}
-
 std::set<std::string> ReadTexts(sd_bus_message* pReply) {
   std::set<std::string> texts;
   sd_bus_message_enter_container(pReply, 'a', "s");

@@ -29,6 +29,10 @@ void Own(sd_bus_slot* pSlot, std::unique_ptr<Handler> handler) {
 
 }  // namespace
 
+bool IsError(sd_bus_message* pReply) {
+  return pReply == nullptr || sd_bus_message_is_method_error(pReply, nullptr) > 0;
+}
+
 SessionBus::SessionBus(std::string sAddress) : m_sAddress(std::move(sAddress)) {
   sd_event* pEvent = nullptr;
   if (const int nResult = sd_event_new(&pEvent); nResult < 0)

@@ -19,6 +19,9 @@ struct BusUnref {
 };
 using BusMessage = std::unique_ptr<sd_bus_message, BusUnref>;
 
+/// Whether that is what a handler gets of a call that failed.
+[[nodiscard]] bool IsError(sd_bus_message* pReply);
+
 /// A connection to the session bus, served by the event loop of the thread that made it. Nothing
 /// here waits: a bus that accepts and never answers is one that is not connected yet. A bus that is
 /// lost, or comes only later, is connected when it is there.
@@ -27,7 +30,7 @@ class SessionBus final : public QObject {
 
  public:
   /// Gets the reply of a call, or the signal that arrived. A call that failed gets an error message
-  /// (sd_bus_message_is_method_error), or null when it could not be sent.
+  /// or null when it could not be sent (IsError).
   using Handler = std::function<void(sd_bus_message* pMessage)>;
 
   /// The address is as in DBUS_SESSION_BUS_ADDRESS; an empty one is of no bus.

@@ -18,10 +18,6 @@ using namespace std::chrono_literals;
 constexpr const char* sWatcher = "org.kde.StatusNotifierWatcher";
 constexpr const char* sWatcherPath = "/StatusNotifierWatcher";
 
-bool IsError(sd_bus_message* pReply) {
-  return pReply == nullptr || sd_bus_message_is_method_error(pReply, nullptr) > 0;
-}
-
 }  // namespace
 
 TrayArea::TrayArea(SessionBus& bus) : m_bus(bus) {
