@@ -21,7 +21,7 @@ namespace quillorbit::linux_adapter {
 class LinuxXmlLibrary final : public platform::XmlLibrary {
  public:
   /// The stick stands still while save() waits for the disk, but at most so long.
-  static constexpr std::chrono::milliseconds mostWait{10};
+  static constexpr std::chrono::milliseconds mostWait{4};
 
   explicit LinuxXmlLibrary(std::chrono::milliseconds mostSaveWait = mostWait);
   /// Waits until everything that was saved is on the disk.
