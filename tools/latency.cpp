@@ -8,14 +8,14 @@
 namespace quillorbit::tools {
 namespace {
 
-constexpr std::array percents{0, 50, 90, 99, 100};
-constexpr std::array<const char*, percents.size()> quantileNames{"min", "median", "p90", "p99",
-                                                                 "max"};
+constexpr std::array permilles{0, 500, 900, 990, 999, 1000};
+constexpr std::array<const char*, permilles.size()> quantileNames{"min", "median", "p90",
+                                                                  "p99", "p99.9",  "max"};
 
 }  // namespace
 
-Clock::duration Quantile(std::span<const Clock::duration> sorted, int nPercent) {
-  const std::size_t nRank = (sorted.size() * static_cast<std::size_t>(nPercent) + 99) / 100;
+Clock::duration Quantile(std::span<const Clock::duration> sorted, int nPermille) {
+  const std::size_t nRank = (sorted.size() * static_cast<std::size_t>(nPermille) + 999) / 1000;
   return sorted[std::max<std::size_t>(nRank, 1) - 1];
 }
 
@@ -39,12 +39,12 @@ void LatencyLog::Arrived(std::int32_t nNumber, Clock::time_point time) {
 }
 
 std::vector<std::string> LatencyLog::Microseconds() const {
-  std::vector<std::string> texts(percents.size());
+  std::vector<std::string> texts(permilles.size());
   if (m_latencies.empty()) return texts;
   std::vector<Clock::duration> sorted = m_latencies;
   std::ranges::sort(sorted);
-  for (std::size_t i = 0; i < percents.size(); ++i) {
-    const std::chrono::duration<double, std::micro> time = Quantile(sorted, percents[i]);
+  for (std::size_t i = 0; i < permilles.size(); ++i) {
+    const std::chrono::duration<double, std::micro> time = Quantile(sorted, permilles[i]);
     std::ostringstream text;
     text << std::fixed << std::setprecision(1) << time.count();
     texts[i] = text.str();

@@ -10,8 +10,8 @@
 namespace quillorbit::tools {
 
 /// The nearest-rank quantile of values in ascending order: the smallest of them that at least
-/// `nPercent` per cent of them do not exceed. There must be one value at least.
-[[nodiscard]] Clock::duration Quantile(std::span<const Clock::duration> sorted, int nPercent);
+/// `nPermille` in a thousand of them do not exceed. There must be one value at least.
+[[nodiscard]] Clock::duration Quantile(std::span<const Clock::duration> sorted, int nPermille);
 
 /// Keeps what was sent and what arrived of numbered datagrams.
 class LatencyLog {
@@ -33,8 +33,8 @@ class LatencyLog {
   /// For people, two or three lines.
   [[nodiscard]] std::string Summary() const;
 
-  /// "sent,arrived,lost,reordered,min,median,p90,p99,max", times in microseconds; where nothing
-  /// arrived the times are left out.
+  /// "sent,arrived,lost,reordered,min,median,p90,p99,p99.9,max", times in microseconds; where
+  /// nothing arrived the times are left out.
   [[nodiscard]] std::string CsvLine() const;
 
  private:

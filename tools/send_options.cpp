@@ -32,7 +32,7 @@ A stand-in for the phone: sends motion datagrams to quillorbit.
   --settle S       keep sending unnumbered datagrams for S seconds, 0 to 86400,
                    before the first numbered one (default 0)
   --csv            print the measurement as one line,
-                   sent,arrived,lost,reordered,min,median,p90,p99,max
+                   sent,arrived,lost,reordered,min,median,p90,p99,p99.9,max
                    with times in microseconds, empty when nothing arrived
 
 Quantiles are nearest-rank. With neither --seconds nor --count it goes on until

@@ -13,7 +13,14 @@ TEST(Latency, CountsEachFateOfADatagram) {
   int nTime = 0;
   for (const std::int32_t nNumber : {1, 3, 2, 3, 5, 6, -1})
     log.Arrived(nNumber, Clock::time_point{seconds(1) + microseconds(nTime += 10)});
-  EXPECT_EQ(log.CsvLine(), "5,4,1,1,10.0,20.0,50.0,50.0,50.0\n");
+  EXPECT_EQ(log.CsvLine(), "5,4,1,1,10.0,20.0,50.0,50.0,50.0,50.0\n");
+}
+
+TEST(Latency, TakesTheNearestRankOfWhatArrived) {
+  LatencyLog log;
+  for (int n = 1; n <= 2000; ++n) log.Sent(Clock::time_point{});
+  for (int n = 1; n <= 2000; ++n) log.Arrived(n, Clock::time_point{microseconds(2001 - n)});
+  EXPECT_EQ(log.CsvLine(), "2000,2000,0,0,1.0,1000.0,1800.0,1980.0,1998.0,2000.0\n");
 }
 
 }  // namespace
