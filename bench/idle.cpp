@@ -52,7 +52,7 @@ double Sleeps(const QString& sTask) {
 struct Usage {
   double dAllThreads = 0, dMainThread = 0, dCpuMilliseconds = 0;
 
-  explicit Usage(const QProcess& process) : dCpuMilliseconds(CpuMilliseconds(process)) {
+  explicit Usage(const QProcess& process) : dCpuMilliseconds(CpuMilliseconds(process.processId())) {
     const QString sProcess = "/proc/" + QString::number(process.processId());
     const QDir tasks(sProcess + "/task");
     for (const QString& sTask : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot))

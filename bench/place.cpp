@@ -6,7 +6,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcessEnvironment>
 #include <QThread>
 
@@ -28,17 +30,19 @@ int FreePort() {
 
 }  // namespace
 
-Place::Place(View eView) : m_sPort(QString::number(FreePort())) {
-  QFile profile(m_folder.filePath("quillorbit.setup"));
-  bool bMade = m_folder.isValid() && QFile::copy(Built("quillorbit"), Program()) &&
-               profile.open(QIODevice::WriteOnly);
-  if (eView == View::Model) {
+Place::Place(View eView, const QString& sProgram) : m_sPort(QString::number(FreePort())) {
+  QFile profile(Profile());
+  bool bMade =
+      m_folder.isValid() && QFile::copy(sProgram, Program()) && profile.open(QIODevice::WriteOnly);
+  if (eView != View::Text) {
     for (const char* sFile :
          {"testPlane.x", "phone-back.png", "phone-edges.png", "phone-front.png"})
-      bMade = bMade && QFile::copy(Built(sFile), m_folder.filePath(sFile));
+      bMade =
+          bMade && QFile::copy(QFileInfo(sProgram).dir().filePath(sFile), m_folder.filePath(sFile));
   }
-  if (!bMade) throw std::runtime_error("no temporary folder");
-  profile.write("<quillorbit_profile><port>" + m_sPort.toUtf8() + "</port></quillorbit_profile>");
+  if (!bMade) throw std::runtime_error("no place for " + sProgram.toStdString());
+  profile.write("<quillorbit_profile><port>" + m_sPort.toUtf8() + "</port><debug>" +
+                (eView == View::Overlay ? "1" : "0") + "</debug></quillorbit_profile>");
 }
 
 QString Place::Built(const QString& sName) {
@@ -60,8 +64,8 @@ void Place::StartDriver(QProcess& driver) const {
   while (!QFile::exists(Socket())) QThread::msleep(10);
 }
 
-double CpuMilliseconds(const QProcess& process) {
-  QFile file("/proc/" + QString::number(process.processId()) + "/stat");
+double CpuMilliseconds(qint64 nProcess) {
+  QFile file("/proc/" + QString::number(nProcess) + "/stat");
   if (!file.open(QIODevice::ReadOnly))
     throw std::runtime_error("no " + file.fileName().toStdString());
   // Behind the name, which may hold anything, the state is the first field and utime the 12th.

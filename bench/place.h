@@ -11,12 +11,14 @@ namespace quillorbit::bench {
 /// joystick stay out of it.
 class Place {
  public:
-  enum class View { Text, Model };
+  enum class View { Text, Model, Overlay };
 
-  /// With the model beside the program, its window shows the 3D view.
-  explicit Place(View eView = View::Text);
+  /// With the model beside the program, its window shows the 3D view, for Overlay with texts on it.
+  /// Both are copied from where the program stands.
+  explicit Place(View eView, const QString& sProgram = Built("quillorbit"));
 
   [[nodiscard]] QString Program() const { return m_folder.filePath("quillorbit"); }
+  [[nodiscard]] QString Profile() const { return m_folder.filePath("quillorbit.setup"); }
   [[nodiscard]] QString Socket() const { return m_folder.filePath("vJoyQuillorbit"); }
   [[nodiscard]] QString Port() const { return m_sPort; }
   /// A program of the build folder.
@@ -32,7 +34,7 @@ class Place {
 };
 
 /// What a process with all its threads has used of the processor so far.
-[[nodiscard]] double CpuMilliseconds(const QProcess& process);
+[[nodiscard]] double CpuMilliseconds(qint64 nProcess);
 
 /// Ends a process in order, and throws std::runtime_error when it does not end so.
 void End(QProcess& process);

@@ -18,9 +18,9 @@ TEST(Latency, CountsEachFateOfADatagram) {
 
 TEST(Latency, TakesTheNearestRankOfWhatArrived) {
   LatencyLog log;
-  for (int n = 1; n <= 2000; ++n) log.Sent(Clock::time_point{});
-  for (int n = 1; n <= 2000; ++n) log.Arrived(n, Clock::time_point{microseconds(2001 - n)});
-  EXPECT_EQ(log.CsvLine(), "2000,2000,0,0,1.0,1000.0,1800.0,1980.0,1998.0,2000.0\n");
+  for (int n = 1; n <= 2001; ++n) log.Sent(Clock::time_point{});
+  for (int n = 1; n <= 2001; ++n) log.Arrived(n, Clock::time_point{microseconds(2002 - n)});
+  EXPECT_EQ(log.CsvLine(), "2001,2001,0,0,1.0,1001.0,1801.0,1981.0,1999.0,2001.0\n");
 }
 
 }  // namespace
