@@ -1,5 +1,7 @@
-// quillorbit-bench [--beside PROGRAM] [SECTION...]: measures all of them, or those that are named.
+// quillorbit-bench [--beside PROGRAM] [SECTION...]: measures what is named, or all of it; with
+// another program, all that measures it too.
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <exception>
@@ -31,6 +33,7 @@ int main(int argc, char** argv) {
         throw std::runtime_error("--beside: needs a program");
       builds.push_back({wanted[1], ", beside"});
       wanted.remove(0, 2);
+      if (wanted.isEmpty()) wanted = {"view", "busy"};
     }
     for (const QString& sWanted : wanted)
       if (std::ranges::find(sections, sWanted, &Section::first) == sections.end())

@@ -11,8 +11,8 @@
 namespace quillorbit::bench {
 namespace {
 
-constexpr int nSettleSeconds = 2;
-/// From the sender's start until it sends at its rate: settling, and the programs' start before.
+constexpr int nSettleSeconds = 1;
+/// From the sender's start until it sends at its rate for certain.
 constexpr int nLeadSeconds = nSettleSeconds + 1;
 
 Place::View ViewOf(Scene eScene) {
@@ -64,7 +64,8 @@ Subject::Result Subject::Measure(int nRate, int nSeconds) {
 
   sender.waitForFinished();
   if (sender.exitCode() != 0)
-    throw std::runtime_error("quillorbit-send: " + sender.readAllStandardError().toStdString());
+    throw std::runtime_error("quillorbit-send: " + sender.readAllStandardError().toStdString() +
+                             (m_program.waitForFinished(100) ? "the program has ended" : ""));
   if (m_bBareLoop) m_program.waitForFinished();  // it leaves with the driver
   const QStringList fields = QString(sender.readAllStandardOutput()).trimmed().split(',');
   Latency latency;
