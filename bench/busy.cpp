@@ -71,7 +71,8 @@ class User {
 }  // namespace
 
 void Busy(const Builds& builds) {
-  PrintHead("The same while the user interface is busy, 3D view with texts, 4 s each");
+  PrintHead("The same while the user interface is busy, 3D view with texts, " +
+            std::to_string(nSeconds) + " s each");
   const auto name = [](const std::string& sName, int nRate) {
     return sName + ", " + std::to_string(nRate) + "/s";
   };

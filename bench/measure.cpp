@@ -107,14 +107,15 @@ QByteArray Xdotool(const QStringList& arguments) {
   return xdotool.readAllStandardOutput();
 }
 
-void PrintHead(const char* sTitle) {
-  std::printf("\n%s\n  %-28s %5s %6s", sTitle, "us, and the ratio to the loop", "lost", "order");
+void PrintHead(const std::string& sTitle) {
+  std::printf("\n%s\n  %-33s %5s %6s", sTitle.c_str(), "us, and the ratio to the loop", "lost",
+              "order");
   for (const char* sName : Latency::sNames) std::printf(" %15s", sName);
   std::printf("\n");
 }
 
 void Print(const std::string& sName, const Latency& latency, const Latency& bare) {
-  std::printf("  %-29s %5.0f %6.0f", sName.c_str(), latency.dLost, latency.dOutOfOrder);
+  std::printf("  %-33s %5.0f %6.0f", sName.c_str(), latency.dLost, latency.dOutOfOrder);
   for (std::size_t i = 0; i < latency.microseconds.size(); ++i)
     std::printf(" %8.1f %6.2f", latency.microseconds[i],
                 latency.microseconds[i] / bare.microseconds[i]);

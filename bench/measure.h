@@ -60,7 +60,7 @@ class Subject {
 QByteArray Xdotool(const QStringList& arguments);
 
 /// The head and the rows of a table: each time also as the ratio to the bare loop.
-void PrintHead(const char* sTitle);
+void PrintHead(const std::string& sTitle);
 void Print(const std::string& sName, const Latency& latency, const Latency& bare);
 
 }  // namespace quillorbit::bench

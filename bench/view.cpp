@@ -23,16 +23,14 @@ Row Measure(Scene eScene, const std::string& sName, const QString& sProgram, int
 }
 
 void PrintAll(const std::vector<Row>& rows, int nRate) {
-  const std::string sTitle = "Sending to report at the user-space driver, " +
-                             std::to_string(nRate) + " datagrams/s for " +
-                             std::to_string(nSeconds) + " s each, in turn";
-  PrintHead(sTitle.c_str());
+  PrintHead("Sending to report at the user-space driver, " + std::to_string(nRate) +
+            " datagrams/s for " + std::to_string(nSeconds) + " s each, in turn");
   for (const Row& row : rows) Print(row.sName, row.result.latency, rows[0].result.latency);
-  std::printf("  %-29s %9s %11s %10s %18s %10s\n", "and the picture meanwhile", "frames/s",
+  std::printf("  %-33s %9s %11s %10s %18s %10s\n", "and the picture meanwhile", "frames/s",
               "program: %", "ms/frame", "X server: %", "ms/frame");
   for (const Row& row : rows) {
     const Cost& cost = row.result.cost;
-    std::printf("  %-29s %9.1f", row.sName.c_str(), cost.dFrames);
+    std::printf("  %-33s %9.1f", row.sName.c_str(), cost.dFrames);
     for (const auto& [nWidth, dMilliseconds] : {std::pair(11, cost.dProgram), {18, cost.dServer}}) {
       std::printf(" %*.1f", nWidth, dMilliseconds / 10);
       if (cost.dFrames > 0)
