@@ -13,7 +13,8 @@ namespace {
 constexpr std::array rates = {200, 600, 1000};
 constexpr int nSeconds = 4;
 
-/// What a user does with the window, whose size is the designed one: commands of xdotool.
+/// What a user does with the window: commands of xdotool. The places are those of the title, of its
+/// button that closes, of the port box and of the slider at its right end, in the size as designed.
 struct Activity {
   const char* sName;
   const char* sBegin;
