@@ -56,7 +56,7 @@ Subject::Result Subject::Measure(int nRate, int nSeconds) {
   clock.start();
   const double dProgram = CpuMilliseconds(m_program.processId());
   const double dServer = CpuMilliseconds(m_frames.ServerProcess());
-  while (!sender.waitForFinished(10) && clock.elapsed() < 1000 * (nSeconds - 1)) m_frames.Count();
+  while (!sender.waitForFinished(10) && clock.elapsed() < 1000LL * (nSeconds - 1)) m_frames.Count();
   const double dElapsed = static_cast<double>(clock.elapsed()) / 1000;
   const Cost cost = {m_frames.Frames() / dElapsed,
                      (CpuMilliseconds(m_program.processId()) - dProgram) / dElapsed,
