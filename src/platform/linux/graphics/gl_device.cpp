@@ -63,7 +63,7 @@ void GlDevice::CreateBackBuffer() {
   // would be converted each time.
   gl.GenTextures(1, &m_colours);
   gl.BindTexture(GL_TEXTURE_2D, m_colours);
-  gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, m_pixels.width(), m_pixels.height(), 0, GL_BGRA,
+  gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, m_pixels.width(), m_pixels.height(), 0, GL_BGRA,
                 GL_UNSIGNED_BYTE, nullptr);
   gl.GenFramebuffers(1, &m_framebuffer);
   gl.BindFramebuffer(GL_FRAMEBUFFER, m_framebuffer);
