@@ -71,8 +71,6 @@ class Desktop : public testing::Test {
   std::filesystem::path m_profile = m_folder / "quillorbit.setup";
   int m_nPort = PortHolder().nPort;
   std::unique_ptr<ChildProcess> m_driver, m_process;
-
- private:
   VirtualDisplay m_display{m_folder};
 };
 

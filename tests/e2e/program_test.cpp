@@ -87,6 +87,13 @@ TEST_F(ProgramTest, DriverThatHangsOrDiesCostsItsReportsOnly) {
   sendMany();
 }
 
+TEST_F(ProgramTest, EndsInOrderWhenTheDisplayGoesAway) {
+  StartAll();
+  m_display.Kill();
+  EXPECT_EQ(m_process->Wait(), 1);
+  EXPECT_THAT(m_process->Errors(), testing::EndsWith("\nquillorbit: the display is gone\n"));
+}
+
 TEST_F(ProgramTest, BrokenProfileIsLeftAloneAndThePortInUseIsReported) {
   const PortHolder held(5000);  // the port where there is no profile
   WriteProfile(ReadFile(m_profile).substr(0, 40));

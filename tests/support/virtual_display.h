@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <cstdlib>
 #include <optional>
 #include <stdexcept>
@@ -27,6 +28,9 @@ class VirtualDisplay {
     if (!bServes || !Eventually([&] { return std::filesystem::exists(sStarted); }))
       throw std::runtime_error("Xvfb or openbox does not start");
   }
+
+  /// As after a crash of the X server.
+  void Kill() { m_server.Signal(SIGKILL); }
 
  private:
   ChildProcess m_server;

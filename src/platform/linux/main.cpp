@@ -21,6 +21,7 @@
 #include "platform/linux/profile/xml_document.h"
 #include "platform/linux/tray/shell.h"
 #include "platform/linux/tray/toolkit_bus.h"
+#include "platform/linux/window/display_loss.h"
 #include "platform/linux/window/fonts.h"
 #include "platform/linux/window/toolkit.h"
 #include "platform/presentation/drawing_thread.h"
@@ -64,6 +65,10 @@ int main(int argc, char** argv) {
     linux_adapter::LinuxDX8VB dx8vb(fonts, contexts, drawingThreads);
     platform::Platform platform{toolkit, shell,     windows,  udpSockets, device, xml,
                                 process, resources, codePage, fonts,      dx8vb};
+    const linux_adapter::DisplayLoss displayLoss([&] {
+      device.CloseAll();
+      xml.FinishSaving();
+    });
 
     frmMain main(platform);
     main.Form_Load();

@@ -34,6 +34,9 @@ class LinuxDevice final : public platform::DeviceFunctions {
                        void* pOverlapped) override;
   bool CloseHandle(platform::DeviceHandle hObject) override;
 
+  /// For an end of the process that leaves no time for more.
+  void CloseAll() { m_devices.clear(); }
+
  private:
   void Explain(const std::string& sUserDriver, const std::string& sUinput);
 

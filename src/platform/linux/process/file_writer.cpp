@@ -10,7 +10,7 @@ namespace quillorbit::linux_adapter {
 FileWriter::FileWriter(Judge oldFile, std::chrono::milliseconds mostWait)
     : m_oldFile(std::move(oldFile)), m_mostWait(mostWait) {}
 
-FileWriter::~FileWriter() {
+void FileWriter::Finish() {
   if (!m_thread.joinable()) return;
   {
     const std::lock_guard lock(m_mutex);
@@ -18,6 +18,7 @@ FileWriter::~FileWriter() {
   }
   m_news.notify_one();
   m_thread.join();
+  m_bEnding = false;
 }
 
 void FileWriter::Write(const std::string& sPath, std::string sContent) {

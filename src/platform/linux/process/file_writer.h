@@ -27,8 +27,7 @@ class FileWriter {
   /// A disk is usually quick to say that there can be no such file. `mostWait` is how long Write
   /// waits for that.
   FileWriter(Judge oldFile, std::chrono::milliseconds mostWait);
-  /// Waits until everything is written.
-  ~FileWriter();
+  ~FileWriter() { Finish(); }
   FileWriter(const FileWriter&) = delete;
   FileWriter& operator=(const FileWriter&) = delete;
 
@@ -37,6 +36,9 @@ class FileWriter {
   /// does not wait to find out. Every failure, early or late, is reported on the standard error and
   /// leaves the old file as it was.
   void Write(const std::string& sPath, std::string sContent);
+
+  /// Waits until everything is written.
+  void Finish();
 
   /// The content that the file at that path is about to have; none when it has its last one.
   [[nodiscard]] std::optional<std::string> Unwritten(const std::string& sPath) const;
@@ -59,7 +61,7 @@ class FileWriter {
   std::optional<Job> m_job;        ///< the one that the thread is at
   std::vector<Job> m_waitingJobs;  ///< of different paths
   bool m_bEnding = false;
-  std::thread m_thread;  ///< runs from the first call of Write
+  std::thread m_thread;  ///< runs from a call of Write to Finish
 };
 
 }  // namespace quillorbit::linux_adapter

@@ -24,8 +24,10 @@ class LinuxXmlLibrary final : public platform::XmlLibrary {
   static constexpr std::chrono::milliseconds mostWait{4};
 
   explicit LinuxXmlLibrary(std::chrono::milliseconds mostSaveWait = mostWait);
-  /// Waits until everything that was saved is on the disk.
+  /// Finishes saving.
   ~LinuxXmlLibrary() override;
+  /// Waits until everything that was saved is on the disk.
+  void FinishSaving() { m_writer.Finish(); }
   /// The library has to outlive its documents.
   [[nodiscard]] std::unique_ptr<platform::DOMDocument> NewDOMDocument() override;
 

@@ -12,8 +12,8 @@
 
 #include <QMessageBox>
 #include <QPushButton>
-#include <xcb/xcb.h>
 
+#include "platform/linux/window/display_loss.h"
 #include "platform/linux/window/form.h"
 #include "platform/linux/window/title.h"
 #include "platform/linux/window/units.h"
@@ -29,8 +29,9 @@ sigset_t EndingSignals() {
   return set;
 }
 
-/// Sets up the process before the toolkit is created, and passes argc on to it.
-int& Prepare(int& argc) {
+/// Sets up the process before the toolkit is created, and connects to the display where that is an
+/// X server.
+DisplayConnection Prepare() {
   // Blocked here, they are blocked in every thread that the toolkit starts, and only signalfd()
   // takes them.
   const sigset_t endingSignals = EndingSignals();
@@ -40,12 +41,12 @@ int& Prepare(int& argc) {
   setenv("QT_QPA_PLATFORM", "xcb", 0);
   // Qt's own event loop answers a socket sooner than the one on glib.
   setenv("QT_NO_GLIB", "1", 0);
-  if (std::string(getenv("QT_QPA_PLATFORM")) != "xcb") return argc;
+  if (std::string(getenv("QT_QPA_PLATFORM")) != "xcb") return nullptr;
 
-  xcb_connection_t* pConnection = xcb_connect(nullptr, nullptr);
-  const bool bFailed = xcb_connection_has_error(pConnection) != 0;
-  xcb_disconnect(pConnection);
-  if (!bFailed) return argc;
+  if (DisplayConnection connection = ConnectDisplay()) {
+    ForestallExitOfToolkit();
+    return connection;
+  }
   const char* sDisplay = getenv("DISPLAY");
   throw std::runtime_error(sDisplay == nullptr
                                ? "there is no display to open a window on (DISPLAY is not set)"
@@ -56,10 +57,14 @@ int& Prepare(int& argc) {
 
 LinuxToolkit::LinuxToolkit(int& argc, char** argv, LinuxResources& resources)
     : m_resources(resources),
-      m_application(Prepare(argc), argv),
+      m_firstConnection(Prepare()),
+      m_application(argc, argv),
       m_windowCommands([this](platform::WindowHandle hWnd, WindowCommand eCommand) {
         if (LinuxForm* const pForm = FormOf(hWnd)) pForm->Obey(eCommand);
       }) {
+  // Not before the toolkit is connected: a server that loses its last client starts afresh, and
+  // those who connect meanwhile fail.
+  m_firstConnection.reset();
   QApplication::setQuitOnLastWindowClosed(false);
   // The panel's row has the designed height; the desktop's own style could need more.
   QApplication::setStyle("Fusion");

@@ -9,6 +9,7 @@
 #include "platform/linux/desktop/window_commands.h"
 #include "platform/linux/process/file_descriptor.h"
 #include "platform/linux/process/resources.h"
+#include "platform/linux/window/display_loss.h"
 #include "platform/toolkit.h"
 
 namespace quillorbit::linux_adapter {
@@ -45,6 +46,7 @@ class LinuxToolkit final : public platform::Toolkit {
   [[nodiscard]] QWidget* BoxOwner() const;
 
   LinuxResources& m_resources;
+  DisplayConnection m_firstConnection;
   QApplication m_application;
   FileDescriptor m_signals;
   std::unique_ptr<QSocketNotifier> m_signalNotifier;
