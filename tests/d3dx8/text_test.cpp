@@ -25,7 +25,7 @@ struct Text : testing::Test {
 TEST_F(Text, IsOneBlendedQuadThatLeavesTheStatesAsTheyWere) {
   fonts.nRatio = 2;  // a scaled display
   EXPECT_EQ(Draw("abc", {10, 20, 15, 23}),
-            (Lines{"Fonts.DrawText 77, abc, 5, 3, 9", "CreateTexture 16, 8, 1, 0, 21, 1",
+            (Lines{"Fonts.DrawText 77, abc, 5, 3, 9", "CreateTexture 4, 8, 1, 0, 21, 1",
                    "SetRenderState 27, 1", "SetRenderState 19, 5", "SetRenderState 20, 6",
                    "SetTextureStageState 0, 1, 4", "SetTextureStageState 0, 4, 4",
                    "SetTexture 0, texture", "SetVertexShader 324", "DrawPrimitiveUP 5, 2, 28",

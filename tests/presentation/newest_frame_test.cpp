@@ -93,7 +93,7 @@ struct NewestFrameTest : testing::Test {
   fakes::FakeModel model;
   Driver driver;
   bool bSeen = true;
-  DrawingThreads threads{[] {}, [this] { driver.Hang(false); }};
+  DrawingThreads threads{{.giveUp = [this] { driver.Hang(false); }}};
   std::shared_ptr<NewestFrameDevice> device = std::make_shared<NewestFrameDevice>(
       std::make_shared<Behind>(log, driver), threads, [this] { return bSeen; });
 };
@@ -204,11 +204,10 @@ TEST_F(NewestFrameTest, AReleasedDeviceShowsNothingMoreAndGoesWhenItsDriverIsDon
 TEST_F(NewestFrameTest, ADriverThatHangsAtTheProgramsEndIsGivenUp) {
   bool bGivenUp = false;
   {
-    DrawingThreads ending([] {},
-                          [&] {
-                            bGivenUp = true;
-                            driver.Hang(false);
-                          });
+    DrawingThreads ending({.giveUp = [&] {
+      bGivenUp = true;
+      driver.Hang(false);
+    }});
     device = std::make_shared<NewestFrameDevice>(std::make_shared<Behind>(log, driver), ending,
                                                  [] { return true; });
     driver.Hang(true);

@@ -35,7 +35,8 @@ struct LineKey {
   bool operator==(const LineKey&) const = default;
 };
 
-/// A text in the texture's top left corner; without a texture there is none.
+/// A text in the texture's top left corner, without the empty columns to its right; without a
+/// texture there is none.
 struct Line {
   [[nodiscard]] LineKey Key() const { return {sText, nWidth, nHeight, lFormat}; }
 
@@ -44,6 +45,7 @@ struct Line {
   std::shared_ptr<IDirect3DTexture8> texture;
   std::uint32_t nTextureWidth = 0, nTextureHeight = 0;
   float fRight = 0, fBottom = 0;  ///< where it ends, in texture coordinates
+  float fCovered = 0;             ///< the part of the rectangle's width that the columns take
   std::uint64_t nLastUse = 0;
 };
 
@@ -78,25 +80,38 @@ class LineFont final : public platform::ID3DXFont {
   std::uint64_t m_nUses = 0;
 };
 
-/// Writes the coverage as the alpha of white. The rest is white too, so that a filter that takes
-/// some of it in does not darken the text's edge.
+/// How many columns hold all of the text: 1 at least, if there are any.
+std::uint32_t Columns(const platform::TextCoverage& coverage) {
+  std::uint32_t nColumns = std::min(1U, coverage.nWidth);
+  const std::uint8_t* pRow = coverage.pixels.data();
+  for (std::uint32_t y = 0; y < coverage.nHeight; ++y, pRow += coverage.nWidth) {
+    std::uint32_t nRow = coverage.nWidth;
+    while (nRow > nColumns && pRow[nRow - 1] == 0) --nRow;
+    nColumns = nRow;
+  }
+  return nColumns;
+}
+
+/// Writes columns of the coverage as the alpha of white. The rest is white too, so that a filter
+/// that takes some of it in does not darken the text's edge.
 void Fill(IDirect3DTexture8& texture, std::uint32_t nWidth, std::uint32_t nHeight,
-          const platform::TextCoverage& coverage) {
+          const platform::TextCoverage& coverage, std::uint32_t nColumns) {
   const platform::D3DLOCKED_RECT locked = texture.LockRect(0);
-  const std::uint8_t* pCoverage = coverage.pixels.data();
   std::byte* pRow = locked.pBits;
   for (std::uint32_t y = 0; y < nHeight; ++y, pRow += locked.Pitch) {
     std::memset(pRow, 0xFF, std::size_t{4} * nWidth);
-    const std::uint32_t nCovered = y < coverage.nHeight ? coverage.nWidth : 0;
+    const std::size_t nFirst = std::size_t{y} * coverage.nWidth;
+    const std::uint32_t nCovered = y < coverage.nHeight ? nColumns : 0;
     for (std::uint32_t x = 0; x < nWidth; ++x)
-      pRow[4 * x + 3] = x < nCovered ? std::byte{*pCoverage++} : std::byte{0};
+      pRow[4 * x + 3] = x < nCovered ? std::byte{coverage.pixels[nFirst + x]} : std::byte{0};
   }
   texture.UnlockRect(0);
 }
 
 void LineFont::Rasterise(const LineKey& key, Line& line) {
   m_fonts.DrawText(m_hFont, key.sText, key.nWidth, key.nHeight, key.lFormat, m_coverage);
-  const std::uint32_t nWidth = std::bit_ceil(m_coverage.nWidth);
+  const std::uint32_t nColumns = Columns(m_coverage);
+  const std::uint32_t nWidth = std::bit_ceil(nColumns);
   const std::uint32_t nHeight = std::bit_ceil(m_coverage.nHeight);
 
   // Until it is filled, the line has none. A texture that someone still wants to draw stays as it
@@ -106,7 +121,7 @@ void LineFont::Rasterise(const LineKey& key, Line& line) {
   if (!bFits || texture.use_count() != 1)
     texture = m_device->CreateTexture(nWidth, nHeight, 1, 0, platform::D3DFMT_A8R8G8B8,
                                       platform::D3DPOOL_MANAGED);
-  Fill(*texture, nWidth, nHeight, m_coverage);
+  Fill(*texture, nWidth, nHeight, m_coverage, nColumns);
 
   line.sText = key.sText;
   line.nWidth = key.nWidth;
@@ -114,8 +129,9 @@ void LineFont::Rasterise(const LineKey& key, Line& line) {
   line.lFormat = key.lFormat;
   line.nTextureWidth = nWidth;
   line.nTextureHeight = nHeight;
-  line.fRight = static_cast<float>(m_coverage.nWidth) / static_cast<float>(nWidth);
+  line.fRight = static_cast<float>(nColumns) / static_cast<float>(nWidth);
   line.fBottom = static_cast<float>(m_coverage.nHeight) / static_cast<float>(nHeight);
+  line.fCovered = static_cast<float>(nColumns) / static_cast<float>(m_coverage.nWidth);
   line.texture = std::move(texture);
 }
 
@@ -176,13 +192,14 @@ void WithTextStates(IDirect3DDevice8& device, Step step) {
   failure.Rethrow();
 }
 
-/// The line's texture over the rectangle: clockwise on the screen, as front faces are.
+/// The line's texture over its part of the rectangle: clockwise on the screen, as front faces are.
 std::array<Vertex, 4> Quad(const Line& line, const platform::RECT& rect, platform::D3DCOLOR color) {
   // A whole coordinate is the centre of a pixel, but the edge of a texel: half a pixel to the top
   // left, each texel is exactly on a pixel.
   const auto edge = [](std::int32_t n) { return static_cast<float>(n) - 0.5F; };
   const float fLeft = edge(rect.left), fTop = edge(rect.top);
-  const float fRight = edge(rect.right), fBottom = edge(rect.bottom);
+  const float fWidth = static_cast<float>(rect.right - rect.left) * line.fCovered;
+  const float fRight = fLeft + fWidth, fBottom = edge(rect.bottom);
   return {{{fLeft, fTop, 0, 1, color, 0, 0},
            {fRight, fTop, 0, 1, color, line.fRight, 0},
            {fLeft, fBottom, 0, 1, color, 0, line.fBottom},

@@ -6,8 +6,7 @@
 #include <string>
 
 #include <pthread.h>
-#include <sys/resource.h>
-#include <unistd.h>
+#include <sched.h>
 
 #include "app/frmMain.h"
 #include "platform/linux/desktop/top_level_windows.h"
@@ -28,13 +27,18 @@
 
 namespace {
 
-/// Each drawing thread begins with this. What serves the joystick goes before it.
-void StepBack() {
+void BeginDrawing() {
   sigset_t all;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, nullptr);
   pthread_setname_np(pthread_self(), "drawing");
-  setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 10);  // of the thread alone, see nice(2)
+}
+
+/// Under this policy a thread gives up its processor as soon as another's thread wants it. A low
+/// priority alone would let it finish its time slice, some milliseconds (sched(7)).
+void StepBack(bool bBack) {
+  const sched_param none{};
+  sched_setscheduler(0, bBack ? SCHED_IDLE : SCHED_OTHER, &none);
 }
 
 }  // namespace
@@ -53,8 +57,8 @@ int main(int argc, char** argv) {
     const auto contexts = std::make_shared<linux_adapter::GlContexts>();
     linux_adapter::LinuxFonts fonts([] { return qApp->devicePixelRatio(); });
     // Ended when all else is done: a driver that hangs ends the process.
-    presentation::DrawingThreads drawingThreads(&StepBack,
-                                                [&] { linux_adapter::EndAtOnce(nStatus); });
+    presentation::DrawingThreads drawingThreads(
+        {&BeginDrawing, &StepBack, [&] { linux_adapter::EndAtOnce(nStatus); }});
     linux_adapter::LinuxShell shell(toolkit, resources, sBusAddress);
     linux_adapter::LinuxTopLevelWindows windows(
         [&toolkit](auto... icon) { toolkit.SetIcon(icon...); });

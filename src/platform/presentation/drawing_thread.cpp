@@ -50,17 +50,12 @@ void DrawingThread::End() {
   m_wake.notify_one();
 }
 
-void DrawingThread::Run() {
+void DrawingThread::Run(const std::function<void(bool)>& stepBack) {
   Frame frame;
   for (bool bShow = false; Wait(frame, bShow); frame.Empty()) {
-    if (!Test() || !bShow) continue;
-    try {
-      Show(frame);
-    } catch (const std::exception&) {
-      // There is no caller to report it to but the one who asks for the device's state.
-      m_shown.Empty();
-      static_cast<void>(Test());
-    }
+    stepBack(true);
+    Show(frame, bShow);
+    stepBack(false);
   }
   m_shown.Empty();
   m_target = {};
@@ -84,8 +79,19 @@ bool DrawingThread::Wait(Frame& frame, bool& bShow) {
   return true;
 }
 
+void DrawingThread::Show(Frame& frame, bool bShow) {
+  if (!Test() || !bShow) return;
+  try {
+    DrawAndPresent(frame);
+  } catch (const std::exception&) {
+    // There is no caller to report it to but the one who asks for the device's state.
+    m_shown.Empty();
+    static_cast<void>(Test());
+  }
+}
+
 /// An empty frame stands for the one that was shown last.
-void DrawingThread::Show(Frame& frame) {
+void DrawingThread::DrawAndPresent(Frame& frame) {
   if (frame.calls.empty()) {
     if (!m_shown.calls.empty()) Present();
     return;
@@ -106,8 +112,7 @@ bool DrawingThread::Test() {
   return m_lCooperativeLevel == platform::D3D_OK;
 }
 
-DrawingThreads::DrawingThreads(std::function<void()> begin, std::function<void()> giveUp)
-    : m_begin(std::move(begin)), m_giveUp(std::move(giveUp)) {}
+DrawingThreads::DrawingThreads(Hooks hooks) : m_hooks(std::move(hooks)) {}
 
 DrawingThreads::~DrawingThreads() {
   for (const Running& running : m_running) running.thread->End();
@@ -115,16 +120,16 @@ DrawingThreads::~DrawingThreads() {
   const bool bAllEnded = std::ranges::all_of(m_running, [&](const Running& running) {
     return running.end.wait_until(latest) == std::future_status::ready;
   });
-  if (!bAllEnded) m_giveUp();
+  if (!bAllEnded) m_hooks.giveUp();
 }
 
 void DrawingThreads::Start(std::shared_ptr<DrawingThread> thread) {
   std::erase_if(m_running, [](const Running& running) {
     return running.end.wait_for(0s) == std::future_status::ready;
   });
-  auto end = std::async(std::launch::async, [begin = m_begin, thread] {
-    begin();
-    thread->Run();
+  auto end = std::async(std::launch::async, [hooks = m_hooks, thread] {
+    hooks.begin();
+    thread->Run(hooks.stepBack);
   });
   m_running.push_back({std::move(thread), std::move(end)});
 }

@@ -34,12 +34,13 @@ class DrawingThread {
   /// Whatever is being drawn is the last.
   void End();
 
-  /// The thread: until End. The device is released on it.
-  void Run();
+  /// The thread: until End. The device is released on it. `stepBack` is called around the drawing.
+  void Run(const std::function<void(bool)>& stepBack);
 
  private:
   [[nodiscard]] bool Wait(Frame& frame, bool& bShow);
-  void Show(Frame& frame);
+  void Show(Frame& frame, bool bShow);
+  void DrawAndPresent(Frame& frame);
   void Present();
   [[nodiscard]] bool Test();
 
@@ -63,9 +64,17 @@ class DrawingThread {
 /// Starts drawing threads, and ends them with the program.
 class DrawingThreads {
  public:
-  /// `begin` is called first on each thread. `giveUp` is called when a thread does not end with the
-  /// program, because its driver hangs; it has to end the process.
-  DrawingThreads(std::function<void()> begin, std::function<void()> giveUp);
+  /// What a platform has for them.
+  struct Hooks {
+    std::function<void()> begin = [] {};  ///< called first on each thread
+    /// Called on the thread with true before it draws: whatever else wants the processor goes
+    /// before it. With false after that, for it holds a lock that others wait for next.
+    std::function<void(bool)> stepBack = [](bool) {};
+    /// Called when a thread does not end with the program, because its driver hangs. Has to end the
+    /// process.
+    std::function<void()> giveUp;
+  };
+  explicit DrawingThreads(Hooks hooks);
   /// Waits for the threads, but half a second at the most.
   ~DrawingThreads();
   DrawingThreads(const DrawingThreads&) = delete;
@@ -80,7 +89,7 @@ class DrawingThreads {
     std::future<void> end;
   };
 
-  std::function<void()> m_begin, m_giveUp;
+  const Hooks m_hooks;
   std::list<Running> m_running;
 };
 

@@ -129,7 +129,7 @@ struct Pictures : testing::Test {
   linux_adapter::LinuxResources resources;
   linux_adapter::LinuxToolkit toolkit{nArguments, arguments, resources};
   linux_adapter::LinuxFonts fonts{[] { return 1.0; }};
-  presentation::DrawingThreads threads{[] {}, &std::abort};
+  presentation::DrawingThreads threads{{.giveUp = &std::abort}};
   linux_adapter::LinuxDX8VB dx8vb{fonts, graphics.contexts, threads};
   fakes::FakePlatform fake;
   ModelProcess process{fake.log};

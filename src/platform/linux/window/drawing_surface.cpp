@@ -77,10 +77,10 @@ DrawingSurface::DrawingSurface(QWidget* pParent) : QWidget(pParent), m_hWnd(NewH
 }
 
 DrawingSurface::~DrawingSurface() {
+  Surfaces().erase(m_hWnd);
+  m_exchange->frame = 0;
   const std::lock_guard lock(m_exchange->mutex);
   m_exchange->pSurface = nullptr;
-  m_exchange->frame = 0;
-  Surfaces().erase(m_hWnd);
 }
 
 DrawingSurface* DrawingSurface::Find(platform::WindowHandle hWnd) {
@@ -99,7 +99,6 @@ std::unique_ptr<Pictures> DrawingSurface::NewPictures() {
   if (pServer != nullptr && !m_frame) {
     m_frame = std::make_unique<Frame>(pServer, static_cast<xcb_window_t>(window()->winId()));
     m_frame->Show(!isHidden());
-    const std::lock_guard lock(m_exchange->mutex);
     m_exchange->frame = m_frame->Id();
   }
   FollowGeometry();
@@ -112,7 +111,6 @@ void DrawingSurface::FollowGeometry() {
     const QPointF topLeft = mapTo(window(), QPointF());
     m_frame->Cover((topLeft * devicePixelRatioF()).toPoint(), size);
   }
-  const std::lock_guard lock(m_exchange->mutex);
   m_exchange->size = size;
 }
 
@@ -127,8 +125,8 @@ bool DrawingSurface::event(QEvent* pEvent) {
     const std::lock_guard lock(m_exchange->mutex);
     m_exchange->bCame = false;
     m_exchange->picture.swap(m_picture);
-    m_exchange->frame = 0;
   }
+  m_exchange->frame = 0;
   m_frame.reset();
   setAttribute(Qt::WA_OpaquePaintEvent);
   update();

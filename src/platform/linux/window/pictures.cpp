@@ -14,7 +14,7 @@ Pictures::Pictures(std::shared_ptr<PictureExchange> exchange) : m_exchange(std::
 }
 
 QImage& Pictures::Next(QSize size) {
-  m_bDirect = HasWindow() && SurfaceSize() == size;
+  m_bDirect = HasWindow() && m_exchange->size.load() == size;
   if (m_bDirect) return m_window->Next(size);
   if (m_picture.size() != size) m_picture = QImage(size, QImage::Format_RGB32);
   return m_picture;
@@ -23,7 +23,7 @@ QImage& Pictures::Next(QSize size) {
 void Pictures::Show() {
   if (m_bDirect) return m_window->Show();
   if (!m_window) return HandOver();
-  QImage& stretched = m_window->Next(SurfaceSize());
+  QImage& stretched = m_window->Next(m_exchange->size);
   {
     QPainter painter(&stretched);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
@@ -36,19 +36,13 @@ void Pictures::Show() {
 bool Pictures::HasWindow() {
   if (!std::exchange(m_bWindowTried, true)) {
     try {
-      const std::lock_guard lock(m_exchange->mutex);
-      if (m_exchange->frame != 0) m_window.emplace(m_exchange->frame);
+      if (const xcb_window_t frame = m_exchange->frame; frame != 0) m_window.emplace(frame);
     } catch (const std::exception&) {
       // The toolkit can show pictures on whatever display it has.
     }
   }
   if (m_window && !m_window->IsOpen()) m_window.reset();
   return m_window.has_value();
-}
-
-QSize Pictures::SurfaceSize() {
-  const std::lock_guard lock(m_exchange->mutex);
-  return m_exchange->size;
 }
 
 void Pictures::HandOver() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -18,9 +19,10 @@ struct PictureExchange {
   /// Sent to the surface: there is a picture for it to paint.
   static constexpr QEvent::Type cameEvent = QEvent::User;
 
-  std::mutex mutex;
-  QSize size;                    ///< of the surface, in the display's pixels
-  xcb_window_t frame = 0;        ///< an X window over the surface; 0 without an X server
+  std::atomic<QSize> size = {};         ///< of the surface, in the display's pixels
+  std::atomic<xcb_window_t> frame = 0;  ///< an X window over the surface; 0 without an X server
+
+  std::mutex mutex;              ///< for what follows
   QObject* pSurface = nullptr;   ///< null after its end
   const void* pMaker = nullptr;  ///< whose pictures the surface paints: the newest device's
   QImage picture;                ///< the newest for it to paint, or one that it has painted
@@ -41,7 +43,6 @@ class Pictures {
 
  private:
   [[nodiscard]] bool HasWindow();
-  [[nodiscard]] QSize SurfaceSize();
   void HandOver();
 
   std::shared_ptr<PictureExchange> m_exchange;
