@@ -36,7 +36,7 @@ auto& Known(Map& values, const typename std::remove_const_t<Map>::key_type& eSta
 
 }  // namespace
 
-NewestFrameDevice::NewestFrameDevice(std::shared_ptr<IDirect3DDevice8> device,
+NewestFrameDevice::NewestFrameDevice(const std::shared_ptr<IDirect3DDevice8>& device,
                                      DrawingThreads& threads, std::function<bool()> seen)
     : m_thread(std::make_shared<DrawingThread>(device)),
       m_device(device),

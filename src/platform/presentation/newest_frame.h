@@ -25,8 +25,8 @@ namespace quillorbit::presentation {
 class NewestFrameDevice final : public platform::IDirect3DDevice8 {
  public:
   /// `seen` tells whether a frame would be visible. The threads have to outlive the device.
-  NewestFrameDevice(std::shared_ptr<platform::IDirect3DDevice8> device, DrawingThreads& threads,
-                    std::function<bool()> seen);
+  NewestFrameDevice(const std::shared_ptr<platform::IDirect3DDevice8>& device,
+                    DrawingThreads& threads, std::function<bool()> seen);
   /// Waits for nothing. The device behind is released as soon as it is not drawing.
   ~NewestFrameDevice() override;
 
