@@ -78,12 +78,16 @@ TEST_F(ViewTest, BurstsAreReportedWholeAndInOrderWhileTheViewDraws) {
   for (std::size_t i = 1; i <= 5000; ++i) ASSERT_EQ(reports[i - 1].b, static_cast<int>(i));
 }
 
-TEST_F(ViewTest, TextStandsInForThePictureWithoutOpenGL) {
+TEST_F(ViewTest, TextStandsInForThePictureWithoutOpenGLOrAModel) {
   StartDriver();
   StartProgram({"env", "LIBGL_DRIVERS_PATH=" + (m_folder / "nowhere").string()});
   EXPECT_TRUE(Eventually(ShowsText));
   EXPECT_THAT(m_process->Errors(), testing::HasSubstr("quillorbit: OpenGL: "));
   EXPECT_TRUE(Listens());
+  EndProgram();
+  fs::remove(m_folder / "testPlane.x");
+  StartProgram();
+  EXPECT_TRUE(Eventually(ShowsText));
 }
 
 }  // namespace

@@ -98,7 +98,6 @@ std::unique_ptr<Pictures> DrawingSurface::NewPictures() {
   xcb_connection_t* const pServer = x11::ToolkitConnection();
   if (pServer != nullptr && !m_frame) {
     m_frame = std::make_unique<Frame>(pServer, static_cast<xcb_window_t>(window()->winId()));
-    m_frame->Show(!isHidden());
     m_exchange->frame = m_frame->Id();
   }
   FollowGeometry();
@@ -118,9 +117,26 @@ void DrawingSurface::childEvent(QChildEvent* pEvent) {
   if (pEvent->added()) setFocusPolicy(Qt::NoFocus);
 }
 
-/// A picture that comes this way cannot be shown in the frame.
+/// Controls on the surface are covered only once there is a picture.
+void DrawingSurface::FollowVisibility() {
+  if (m_frame) m_frame->Show(m_bInFrame && !isHidden());
+}
+
 bool DrawingSurface::event(QEvent* pEvent) {
-  if (pEvent->type() != PictureExchange::cameEvent) return QWidget::event(pEvent);
+  if (pEvent->type() == PictureExchange::toPaintEvent) {
+    TakePicture();
+    return true;
+  }
+  if (pEvent->type() == PictureExchange::inFrameEvent) {
+    m_bInFrame = true;
+    FollowVisibility();
+    return true;
+  }
+  return QWidget::event(pEvent);
+}
+
+/// A picture that comes this way cannot be shown in the frame.
+void DrawingSurface::TakePicture() {
   {
     const std::lock_guard lock(m_exchange->mutex);
     m_exchange->bCame = false;
@@ -130,12 +146,9 @@ bool DrawingSurface::event(QEvent* pEvent) {
   m_frame.reset();
   setAttribute(Qt::WA_OpaquePaintEvent);
   update();
-  return true;
 }
 
-void DrawingSurface::hideEvent(QHideEvent*) {
-  if (m_frame) m_frame->Show(!isHidden());
-}
+void DrawingSurface::hideEvent(QHideEvent*) { FollowVisibility(); }
 
 void DrawingSurface::moveEvent(QMoveEvent*) { FollowGeometry(); }
 
@@ -153,7 +166,7 @@ void DrawingSurface::resizeEvent(QResizeEvent*) {
 }
 
 void DrawingSurface::showEvent(QShowEvent*) {
-  if (m_frame) m_frame->Show(true);
+  FollowVisibility();
   if (exposed) exposed();
 }
 

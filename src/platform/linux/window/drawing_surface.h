@@ -38,6 +38,8 @@ class DrawingSurface final : public QWidget {
  private:
   class Frame;
   void FollowGeometry();
+  void FollowVisibility();
+  void TakePicture();
 
   void childEvent(QChildEvent* pEvent) override;
   bool event(QEvent* pEvent) override;
@@ -49,7 +51,8 @@ class DrawingSurface final : public QWidget {
 
   const platform::WindowHandle m_hWnd;
   std::shared_ptr<PictureExchange> m_exchange = std::make_shared<PictureExchange>();
-  std::unique_ptr<Frame> m_frame;  ///< null until there are pictures, or where they need none
+  std::unique_ptr<Frame> m_frame;  ///< null until there is a device, or where pictures need none
+  bool m_bInFrame = false;         ///< there is a picture
   QImage m_picture;                ///< what is painted; null while the frame is over it
 };
 

@@ -21,7 +21,7 @@ QImage& Pictures::Next(QSize size) {
 }
 
 void Pictures::Show() {
-  if (m_bDirect) return m_window->Show();
+  if (m_bDirect) return ShowInWindow();
   if (!m_window) return HandOver();
   QImage& stretched = m_window->Next(m_exchange->size);
   {
@@ -29,7 +29,15 @@ void Pictures::Show() {
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.drawImage(stretched.rect(), m_picture);
   }
+  ShowInWindow();
+}
+
+void Pictures::ShowInWindow() {
   m_window->Show();
+  if (std::exchange(m_bInFrame, true)) return;
+  const std::lock_guard lock(m_exchange->mutex);
+  if (m_exchange->pSurface != nullptr)
+    QCoreApplication::postEvent(m_exchange->pSurface, new QEvent(PictureExchange::inFrameEvent));
 }
 
 /// The first time it makes one, if that is possible.
@@ -50,7 +58,7 @@ void Pictures::HandOver() {
   if (m_exchange->pMaker != this || m_exchange->pSurface == nullptr) return;
   m_exchange->picture.swap(m_picture);
   if (!std::exchange(m_exchange->bCame, true))
-    QCoreApplication::postEvent(m_exchange->pSurface, new QEvent(PictureExchange::cameEvent));
+    QCoreApplication::postEvent(m_exchange->pSurface, new QEvent(PictureExchange::toPaintEvent));
 }
 
 }  // namespace quillorbit::linux_adapter

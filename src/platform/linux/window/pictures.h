@@ -16,8 +16,9 @@ namespace quillorbit::linux_adapter {
 
 /// What a surface shares with the threads that make its pictures.
 struct PictureExchange {
-  /// Sent to the surface: there is a picture for it to paint.
-  static constexpr QEvent::Type cameEvent = QEvent::User;
+  // Sent to the surface: there is a picture for it to paint, or one in its frame.
+  static constexpr auto toPaintEvent = QEvent::User;
+  static constexpr auto inFrameEvent = static_cast<QEvent::Type>(QEvent::User + 1);
 
   std::atomic<QSize> size = {};         ///< of the surface, in the display's pixels
   std::atomic<xcb_window_t> frame = 0;  ///< an X window over the surface; 0 without an X server
@@ -43,12 +44,14 @@ class Pictures {
 
  private:
   [[nodiscard]] bool HasWindow();
+  void ShowInWindow();
   void HandOver();
 
   std::shared_ptr<PictureExchange> m_exchange;
   std::optional<PictureWindow> m_window;
   bool m_bWindowTried = false;
-  bool m_bDirect = false;  ///< what is being filled is the window's own picture
+  bool m_bInFrame = false;  ///< the surface knows
+  bool m_bDirect = false;   ///< what is being filled is the window's own picture
   QImage m_picture;
 };
 
