@@ -64,8 +64,7 @@ std::shared_ptr<platform::IDirect3DDevice8> LinuxDirect3D8::CreateDevice(
     throw D3DError(platform::D3DERR_NOTAVAILABLE, failure.what());
   }
   auto newestFrame = std::make_shared<presentation::NewestFrameDevice>(
-      device, m_threads,
-      [surface = QPointer(pSurface)] { return surface && surface->IsSeen(); });
+      device, m_threads, [surface = QPointer(pSurface)] { return surface && surface->IsSeen(); });
   pSurface->exposed = [weak = std::weak_ptr(newestFrame)] {
     if (const auto shown = weak.lock()) shown->ShowAgain();
   };
