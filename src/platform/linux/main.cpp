@@ -27,18 +27,22 @@
 
 namespace {
 
+/// An idle thread gives up its processor as soon as another's thread wants it; a low priority alone
+/// would let it finish its time slice, some milliseconds. A batch thread takes it from nobody when
+/// it wakes (sched(7)). Whoever waited for the processor at the change would wait on but for the
+/// yield.
+void StepBack(bool bBack) {
+  const sched_param none{};
+  sched_setscheduler(0, bBack ? SCHED_IDLE : SCHED_BATCH, &none);
+  if (bBack) sched_yield();
+}
+
 void BeginDrawing() {
   sigset_t all;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, nullptr);
   pthread_setname_np(pthread_self(), "drawing");
-}
-
-/// Under this policy a thread gives up its processor as soon as another's thread wants it. A low
-/// priority alone would let it finish its time slice, some milliseconds (sched(7)).
-void StepBack(bool bBack) {
-  const sched_param none{};
-  sched_setscheduler(0, bBack ? SCHED_IDLE : SCHED_OTHER, &none);
+  StepBack(false);
 }
 
 }  // namespace
